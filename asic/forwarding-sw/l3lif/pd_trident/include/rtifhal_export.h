@@ -1,0 +1,9 @@
+/*
+ * rtifhal_export.h: the mark of what the shared library shows.
+ */
+#ifndef RTIFHAL_EXPORT_H
+#define RTIFHAL_EXPORT_H
+
+#define RTIFHAL_EXPORT __attribute__((visibility("default")))
+
+#endif

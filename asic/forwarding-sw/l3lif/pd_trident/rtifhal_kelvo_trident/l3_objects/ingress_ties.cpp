@@ -1,0 +1,122 @@
+/*
+ * ingress_ties.cpp: see ingress_ties.h.
+ */
+#include "l3_objects/ingress_ties.h"
+
+#include "frame/trace.h"
+#include "rtifhal_trident.h"
+
+#include <fwmpd/wrappers.h>
+#include <sdk/trunk.h>
+
+namespace
+{
+
+/** VLAN flag: no IGMP snooping. */
+constexpr uint32_t BCM_VLAN_IGMP_SNOOP_DISABLE = 0x800;
+
+/** A trunk member's generic port. */
+constexpr int GPORT_KIND_SHIFT = 26;
+constexpr int GPORT_KIND_MODULE_PORT = 2;
+constexpr int GPORT_PORT_MASK = 0x7ff;
+
+constexpr int TRUNK_MEMBERS = 32;
+
+/** The SDK port of a generic port, -1 for any other kind. */
+int port_of(bcm_gport_t gport)
+{
+    return gport >> GPORT_KIND_SHIFT == GPORT_KIND_MODULE_PORT ? gport & GPORT_PORT_MASK : -1;
+}
+
+/**
+ * Switches snooping off in the chip only: the cached record stays without the
+ * flag, so that the next write through the wrapper takes it away again.
+ */
+void disable_snooping(int unit, uint16_t vlan, const bcm_vlan_control_vlan_t &cached)
+{
+    bcm_vlan_control_vlan_t control;
+    bcm_vlan_control_vlan_t_init(&control);
+    control = cached;
+    control.vc_flags |= BCM_VLAN_IGMP_SNOOP_DISABLE;
+    (void)fwmpd_trident_batch_flush();
+    const int rc = bcm_vlan_control_vlan_set(unit, vlan, control);
+    if (rc != 0) {
+        REPORT_OF(rtifhal_l3_ing_create,
+                  "fwmpd_bcm_vlan_control_vlan_set(%d) BCM_VLAN_IGMP_SNOOP_DISABLE failed: %s\n",
+                  vlan, rtifhal_errtext(rc));
+    }
+}
+
+} // namespace
+
+int tie_svi(int unit, const struct l3lif *svi, int iif, const bcm_l3_ingress_t &l3_iif)
+{
+    const uint16_t vlan = svi->si_encap_vlan;
+    bcm_vlan_control_vlan_t *const control = fwmpd_bcm_vlan_control_vlan_get_from_cache(vlan);
+    if (control == nullptr) {
+        REPORT_OF(rtifhal_l3_ing_create,
+                  "fwmpd_bcm_vlan_control_vlan_get_from_cache(%d) returned NULL\n", vlan);
+        return -1;
+    }
+    control->vc_ingress_if = static_cast<uint32_t>(iif);
+    control->vc_vrf = static_cast<uint32_t>(l3_iif.vrf);
+    control->vc_class |= VLAN_CLASS_INGRESS_MAPPED;
+    control->vc_urpf_mode = static_cast<uint32_t>(l3_iif.urpf_mode);
+    TRACE_OF(rtifhal_l3_ing_create, "Mapping vid %d to iif %d\n", vlan, iif);
+
+    const int rc = fwmpd_bcm_vlan_control_vlan_set(unit, vlan, *control);
+    if (rc < 0) {
+        REPORT_OF(rtifhal_l3_ing_create, "fwmpd_bcm_vlan_control_vlan_set(%d) failed: %s\n", vlan,
+                  rtifhal_errtext(rc));
+        return rc;
+    }
+    (void)fwmpd_trident_vlan_bvcvt_store(vlan);
+    disable_snooping(unit, vlan, *control);
+    return 0;
+}
+
+void tie_port_channel(int unit, uint32_t ifindex, int iif)
+{
+    int count = 0;
+    uint32_t tid = 0;
+    if (fwmpd_ifindex_to_bcm_tid(ifindex, &tid) != 0) {
+        REPORT_OF(rtifhal_l3_ing_create, "ifindex_to_bcm_tid(%x) failed\n", ifindex);
+    }
+    TRACE_OF(rtifhal_l3_ing_create, "tid = %d\n", tid);
+
+    // The chip knows the members; the layer above's tree may be ahead of it.
+    bcm_trunk_info_t info;
+    bcm_trunk_member_t members[TRUNK_MEMBERS] = {};
+    bcm_trunk_info_t_init(&info);
+    (void)fwmpd_trident_batch_flush();
+    if (bcm_trunk_get(unit, static_cast<int>(tid), &info, TRUNK_MEMBERS, members, &count) != 0) {
+        REPORT_OF(rtifhal_l3_ing_create, "bcm_trunk_get(%d) failed\n", tid);
+    }
+    TRACE_OF(rtifhal_l3_ing_create, "total member ports = %d\n", count);
+
+    for (int i = 0; i < count && i < TRUNK_MEMBERS; ++i) {
+        const int port = port_of(members[i].gport);
+        TRACE_OF(rtifhal_l3_ing_create, "member port[%d] = gport %d, port %d\n", i,
+                 members[i].gport, port);
+        if (fwmpd_bcm_port_control_set(unit, port, PORT_CONTROL_INGRESS_IF, iif) != 0) {
+            REPORT_OF(rtifhal_l3_ing_create, "bcm_port_control_set(%d) failed\n", port);
+        }
+    }
+}
+
+void tie_port(int unit, uint32_t ifindex, uint32_t working_ifindex, int iif, int *port)
+{
+    if (fwmpd_ifindex_to_bcm_port(ifindex, port) != 0) {
+        REPORT_OF(rtifhal_l3_ing_create, "bcm_l3_ing_create(%d) get port failed\n",
+                  working_ifindex);
+    }
+    TRACE_OF(rtifhal_l3_ing_create, "L3Ingress L3 Phy or L3 PC port = %d iif = %x\n", *port, iif);
+    const int rc = fwmpd_bcm_port_control_set(unit, *port, PORT_CONTROL_INGRESS_IF, iif);
+    if (rc < 0) {
+        REPORT_OF(rtifhal_l3_ing_create, "bcm_port_control_set(%x) failed: %s\n", ifindex,
+                  rtifhal_errtext(rc));
+    } else {
+        TRACE_OF(rtifhal_l3_ing_create, "bcm_l3_ing_create(%x) control: %d, %d\n", ifindex, *port,
+                 iif);
+    }
+}

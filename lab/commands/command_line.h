@@ -1,0 +1,27 @@
+/*
+ * command_line.h: the command line of rtif: its commands and options, its exit
+ * codes, its messages.
+ */
+#pragma once
+
+#include <iosfwd>
+
+namespace lab::commands
+{
+
+inline constexpr int EXIT_DONE = 0; ///< done
+inline constexpr int EXIT_REFUSED =
+    1; ///< a bad file, an interface that failed, something left behind
+inline constexpr int EXIT_USAGE = 2; ///< the command line makes no sense
+
+/** Where the command writes. */
+struct Terminal {
+    std::ostream &out;
+    std::ostream &err;
+    bool colour = false; ///< `out` is a terminal that wants colours
+};
+
+/** Runs rtif with the arguments of main; returns the exit code. */
+int run(int argc, const char *const *argv, const Terminal &terminal);
+
+} // namespace lab::commands

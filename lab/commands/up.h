@@ -1,0 +1,42 @@
+/*
+ * up.h: the command `rtif up`: brings the routed interfaces of a configuration
+ * up on an embedded switch, and shows what the chip then holds.
+ */
+#pragma once
+
+#include "report/up_result.h"
+
+#include "switch.h"
+
+#include <filesystem>
+#include <iosfwd>
+
+namespace lab::commands
+{
+
+/** What the user asked for. */
+struct UpOptions {
+    std::filesystem::path config = {};
+    simswitch::chip::Kind chip = simswitch::chip::Kind::trident;
+    std::filesystem::path state_dir = {}; ///< folder of the persistent store; empty: in memory
+    bool json = false;
+    bool then_down = false; ///< takes everything down again and compares
+    report::View view = {};
+};
+
+/**
+ * Runs the command.
+ *
+ * @param options  what was asked for
+ * @param out      receives the result
+ * @return 0; 1 when an interface or the router MAC failed, or something was
+ *         left behind
+ * @throws config::UnusableFile when the configuration can't be used
+ * @throws std::runtime_error when the state folder can't be used
+ */
+int up(const UpOptions &options, std::ostream &out);
+
+/** The same on a switch that is there already. */
+int up_on(simswitch::Switch &hardware, const UpOptions &options, std::ostream &out);
+
+} // namespace lab::commands

@@ -1,0 +1,94 @@
+/*
+ * description.h: what a configuration says about routed interfaces, in plain
+ * records: checked, numbered, and free of the file's form. reader.h fills them.
+ */
+#pragma once
+
+#include "config/address.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lab::config
+{
+
+/** The number of the default VRF; named ones count on from it. */
+inline constexpr std::uint16_t VRF_DEFAULT = 1;
+
+/** The chip's front ports, numbered from 1. */
+inline constexpr unsigned CHIP_PORTS = 104;
+
+/** The range of an L3 MTU in bytes. */
+inline constexpr std::uint16_t MTU_MIN = 68;
+inline constexpr std::uint16_t MTU_MAX = 9216;
+
+/** The kinds of routed interface that the hardware knows. */
+enum class Kind : std::uint8_t { port, port_channel, svi, subinterface, tunnel };
+
+/** "port", "port-channel", "svi", "subinterface", "tunnel". */
+std::string_view kind_name(Kind kind);
+
+/** A port of the device. */
+struct Port {
+    unsigned chip_port = 0; ///< 1 to 104, or 0 past the last one
+    std::uint16_t mtu = 0;  ///< L3 MTU in bytes; 0: the file says nothing
+    std::string refused;    ///< why nothing can use it; empty for a port that is taken
+};
+
+/** A routed interface other than a tunnel. */
+struct RoutedInterface {
+    Kind kind = Kind::port;
+    std::string table; ///< the table whose rows made it
+    std::string name;
+    std::string main;                ///< a subinterface's port or port-channel
+    std::uint16_t vlan = 0;          ///< VLAN of an SVI or subinterface, else 0
+    std::uint16_t vrf = VRF_DEFAULT; ///< VRF number
+    std::optional<Mac> mac;          ///< its own MAC; nothing: the device's
+    std::vector<Prefix> addresses;   ///< its addresses, each once
+    bool link_local_only = false;    ///< IPv6 without an address of the file
+    bool mpls = false;               ///< MPLS forwarding
+
+    /** Whether it routes IPv4 (false) or IPv6 (true). */
+    bool routes(bool ipv6) const;
+};
+
+/** An IP-in-IP tunnel. */
+struct Tunnel {
+    std::string table; ///< the table whose row made it
+    std::string name;
+    IpAddress destination;
+    std::optional<IpAddress> source;
+};
+
+/** A row that isn't taken. */
+struct SkippedRow {
+    std::string table;
+    std::string row;
+    std::string reason; ///< part of a sentence
+
+    bool operator==(const SkippedRow &) const = default;
+};
+
+/** All that a configuration says. */
+struct Description {
+    std::string file; ///< name of the file, as messages begin with it
+    std::string hostname;
+    Mac device_mac = {};
+    std::map<std::string, Port, std::less<>> ports;         ///< by name
+    std::map<std::string, std::uint16_t, std::less<>> vrfs; ///< number by name, without the default
+    std::vector<RoutedInterface> interfaces; ///< by kind, within it in natural order of the names
+    std::vector<Tunnel> tunnels;             ///< in natural order of their names
+    std::vector<SkippedRow> skipped;         ///< by table and row
+    std::vector<std::string> notes;          ///< lines worth telling, with the file's name
+
+    /** "leaf.json: INTERFACE "Ethernet3": its port isn't …; the row is skipped". */
+    std::string message(const SkippedRow &row) const;
+    /** Brings the skipped rows into order. */
+    void sort_skipped();
+};
+
+} // namespace lab::config

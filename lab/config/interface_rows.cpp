@@ -1,0 +1,268 @@
+/*
+ * interface_rows.cpp: see interface_rows.h.
+ */
+#include "config/interface_rows.h"
+
+#include "config/names.h"
+#include "config/row_checks.h"
+
+#include <algorithm>
+#include <array>
+
+namespace lab::config
+{
+
+namespace
+{
+
+/** A table of routed interfaces, and what its rows make. */
+struct InterfaceTable {
+    std::string_view name;
+    Kind kind;
+};
+
+constexpr std::array INTERFACE_TABLES = {
+    InterfaceTable{"INTERFACE", Kind::port},
+    InterfaceTable{"PORTCHANNEL_INTERFACE", Kind::port_channel},
+    InterfaceTable{"VLAN_INTERFACE", Kind::svi},
+    InterfaceTable{"VLAN_SUB_INTERFACE", Kind::subinterface},
+};
+
+/** A table whose rows make no routed interface of the hardware, and why. */
+struct OtherTable {
+    std::string_view name;
+    std::string_view reason;
+};
+
+constexpr std::array OTHER_TABLES = {
+    OtherTable{"LOOPBACK_INTERFACE", "a loopback is no routed interface of the hardware"},
+    OtherTable{"MGMT_INTERFACE", "the management port is no routed interface of the hardware"},
+    OtherTable{"VXLAN_TUNNEL", "a VXLAN tunnel is no routed interface; IP-in-IP tunnels are"},
+    OtherTable{"NVGRE_TUNNEL", "an NVGRE tunnel is no routed interface; IP-in-IP tunnels are"},
+    OtherTable{"SAG", "the MAC of anycast gateways is not taken up yet"},
+};
+
+/** An address row. */
+struct AddressRow {
+    std::string key; ///< "name|prefix"
+    std::string prefix;
+    const Row *row = nullptr;
+};
+
+/** All rows of one interface. */
+struct InterfaceRows {
+    const Row *own = nullptr; ///< the row "name"; null in old files
+    std::vector<AddressRow> addresses;
+};
+
+using RowsByName = std::map<std::string, InterfaceRows, NaturalLess>;
+
+RowsByName group_rows(const Tables &tables, std::string_view table, Description &description)
+{
+    RowsByName groups;
+    for_each_row(tables, table, description, [&](const std::string &key, const Row &row) {
+        const std::size_t bar = key.find('|');
+        if (bar == std::string::npos) {
+            groups[key].own = &row;
+            return;
+        }
+        const std::string prefix = key.substr(bar + 1);
+        if (prefix.find('|') != std::string::npos) {
+            refuse("the key is no NAME or NAME|PREFIX");
+        }
+        groups[key.substr(0, bar)].addresses.push_back({key, prefix, &row});
+    });
+    return groups;
+}
+
+/** Refuses a port that the configuration doesn't have, or that was refused itself. */
+void need_port(const std::string &name, const Description &description)
+{
+    const auto port = description.ports.find(name);
+    if (port == description.ports.end()) {
+        refuse("its port {} isn't in PORT", name);
+    }
+    if (!port->second.refused.empty()) {
+        refuse("its port {} isn't taken: {}", name, port->second.refused);
+    }
+}
+
+/** The VLAN of a subinterface: in the long form of the name, else in the row. */
+std::uint16_t subinterface_vlan(const SubinterfaceName &name, const Row &own)
+{
+    const std::string *field = scalar(own, "vlan");
+    if (!name.long_form) {
+        if (field == nullptr) {
+            refuse("vlan is missing, and the short form of the name doesn't carry it");
+        }
+        return need_vlan(*field);
+    }
+    const std::uint16_t vlan = need_vlan(name.digits);
+    if (field != nullptr && need_vlan(*field) != vlan) {
+        refuse("the name says VLAN {} and the field vlan says {}", vlan, *field);
+    }
+    return vlan;
+}
+
+/** Reads the name of an interface, which must be of the table's kind. */
+void read_name(RoutedInterface &interface, const Row &own, const Description &description)
+{
+    const std::string &name = interface.name;
+    switch (interface.kind) {
+    case Kind::port:
+        if (!is_port_name(name)) {
+            refuse("{} is no port name like Ethernet4 or Ethernet-BP0", in_quotes(name));
+        }
+        need_port(name, description);
+        return;
+    case Kind::port_channel:
+        if (!is_port_channel_name(name)) {
+            refuse("{} is no port-channel name like PortChannel0001", in_quotes(name));
+        }
+        return;
+    case Kind::svi: {
+        const auto digits = vlan_name_digits(name);
+        if (!digits) {
+            refuse("{} is no VLAN name like Vlan100", in_quotes(name));
+        }
+        interface.vlan = need_vlan(*digits);
+        return;
+    }
+    case Kind::subinterface:
+    case Kind::tunnel:
+        break;
+    }
+    const auto subinterface = parse_subinterface_name(name);
+    if (!subinterface) {
+        refuse("{} is no subinterface name like Ethernet4.100 or Po0001.100", in_quotes(name));
+    }
+    interface.main = subinterface->parent;
+    interface.vlan = subinterface_vlan(*subinterface, own);
+    if (is_port_name(interface.main)) {
+        need_port(interface.main, description);
+    }
+}
+
+/** Reads the properties in an interface's own row. */
+void read_properties(RoutedInterface &interface, const Row &own, const Description &description)
+{
+    if (const std::string *vrf = scalar(own, "vrf_name"); vrf != nullptr && *vrf != "default") {
+        const auto known = description.vrfs.find(*vrf);
+        if (known == description.vrfs.end()) {
+            refuse("vrf_name {} names no row of VRF", in_quotes(*vrf));
+        }
+        interface.vrf = known->second;
+    }
+    if (const std::string *text = scalar(own, "mac_addr")) {
+        std::string reason;
+        interface.mac = parse_mac(*text, reason);
+        if (!interface.mac) {
+            refuse("mac_addr: {}", reason);
+        }
+    }
+    interface.link_local_only = enabled(own, "ipv6_use_link_local_only");
+    interface.mpls = enabled(own, "mpls");
+}
+
+/** Reads the address rows; true when at least one of them was good. */
+bool read_addresses(RoutedInterface &interface, const std::vector<AddressRow> &rows,
+                    Description &description)
+{
+    bool any = false;
+    for (const AddressRow &address : rows) {
+        std::string reason;
+        const auto prefix = parse_prefix(address.prefix, reason);
+        if (!address.row->not_a_row.empty()) {
+            reason =
+                fmt::format("an object of fields was expected, not {}", address.row->not_a_row);
+        }
+        if (!prefix || !reason.empty()) {
+            description.skipped.push_back({interface.table, address.key, reason});
+            continue;
+        }
+        any = true;
+        auto &known = interface.addresses;
+        if (std::find(known.begin(), known.end(), *prefix) == known.end()) {
+            known.push_back(*prefix);
+        }
+    }
+    return any;
+}
+
+/** Lists all rows of an interface as skipped: its addresses must not come up without its VRF. */
+void skip_all(const std::string &table, const std::string &name, const InterfaceRows &rows,
+              const std::string &reason, Description &description)
+{
+    if (rows.own != nullptr) {
+        description.skipped.push_back({table, name, reason});
+    }
+    for (const AddressRow &address : rows.addresses) {
+        description.skipped.push_back(
+            {table, address.key,
+             rows.own == nullptr ? reason : fmt::format("the row {} is skipped", in_quotes(name))});
+    }
+}
+
+void read_table(const Tables &tables, const InterfaceTable &table, Description &description)
+{
+    static const Row empty;
+    for (const auto &[name, rows] : group_rows(tables, table.name, description)) {
+        RoutedInterface interface;
+        interface.kind = table.kind;
+        interface.table = table.name;
+        interface.name = name;
+        const Row &own = rows.own != nullptr ? *rows.own : empty;
+        try {
+            need_object(own);
+            read_name(interface, own, description);
+            read_properties(interface, own, description);
+        } catch (const BadRow &bad) {
+            skip_all(interface.table, name, rows, bad.what(), description);
+            continue;
+        }
+        const bool has_address = read_addresses(interface, rows.addresses, description);
+        if (rows.own != nullptr || has_address) {
+            description.interfaces.push_back(std::move(interface));
+        }
+    }
+}
+
+/** Lists the interfaces of a table that makes no routed ones, each name once. */
+void skip_table(const Tables &tables, const OtherTable &table, Description &description)
+{
+    std::string last;
+    for (const auto &[key, row] : tables.table(table.name)) {
+        std::string name = key.substr(0, key.find('|'));
+        if (name != last) {
+            description.skipped.push_back(
+                {std::string(table.name), name, std::string(table.reason)});
+            last = std::move(name);
+        }
+    }
+}
+
+} // namespace
+
+std::vector<std::string_view> interface_tables()
+{
+    std::vector<std::string_view> names;
+    for (const auto &table : INTERFACE_TABLES) {
+        names.push_back(table.name);
+    }
+    for (const auto &table : OTHER_TABLES) {
+        names.push_back(table.name);
+    }
+    return names;
+}
+
+void read_interfaces(const Tables &tables, Description &description)
+{
+    for (const auto &table : INTERFACE_TABLES) {
+        read_table(tables, table, description);
+    }
+    for (const auto &table : OTHER_TABLES) {
+        skip_table(tables, table, description);
+    }
+}
+
+} // namespace lab::config

@@ -1,0 +1,36 @@
+/*
+ * reader.cpp: see reader.h.
+ */
+#include "config/reader.h"
+
+#include "config/device_rows.h"
+#include "config/interface_rows.h"
+#include "config/tables.h"
+
+namespace lab::config
+{
+
+Description read_config_text(std::string_view text, std::string_view file)
+{
+    std::vector<std::string_view> read = interface_tables();
+    read.insert(read.end(), {"DEVICE_METADATA", "PORT", "VRF", "TUNNEL"});
+    Tables tables = make_tables(parse_json(text, file), file, read);
+
+    Description description;
+    description.file = file;
+    description.notes = std::move(tables.notes);
+    read_device(tables, description);
+    read_ports(tables, description);
+    read_vrfs(tables, description);
+    read_interfaces(tables, description);
+    read_tunnels(tables, description);
+    description.sort_skipped();
+    return description;
+}
+
+Description read_config(const std::filesystem::path &path)
+{
+    return read_config_text(read_file(path), path.string());
+}
+
+} // namespace lab::config

@@ -1,0 +1,43 @@
+/*
+ * lif.cpp: see lif.h.
+ */
+#include "l3lif/lif.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace lab::l3lif
+{
+
+Lif::Lif(simswitch::Switch &hardware, LifPlan plan) : hardware_(hardware), plan_(std::move(plan))
+{
+    record_.ifindex = plan_.ifindex;
+    std::copy(plan_.mac.begin(), plan_.mac.end(), record_.mac);
+    record_.l3lif_pi_ctxt = &properties_;
+    properties_.ipv4_en = plan_.ipv4 ? 1 : 0;
+    properties_.ipv6_en = plan_.ipv6 ? 1 : 0;
+    properties_.vrf = plan_.vrf;
+    properties_.ipv6_vrf = plan_.vrf;
+    properties_.mtu = plan_.mtu;
+    properties_.mpls_en = plan_.mpls ? 1 : 0;
+    hardware_.directory.add(&record_);
+}
+
+Lif::~Lif()
+{
+    hardware_.directory.remove(record_.ifindex);
+    // The library frees the context when the interface goes for good; an
+    // interface that is still up, or whose add failed, has it yet.
+    if (record_.l3lif_pd_ctxt != nullptr) {
+        std::free(record_.l3lif_pd_ctxt->l3_pd);
+        std::free(record_.l3lif_pd_ctxt);
+    }
+}
+
+int Lif::iif() const
+{
+    const l3lif_pd_ctxt *context = record_.l3lif_pd_ctxt;
+    return context != nullptr && context->l3_pd != nullptr ? context->l3_pd->l3intf_id : 0;
+}
+
+} // namespace lab::l3lif

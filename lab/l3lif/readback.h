@@ -1,0 +1,40 @@
+/*
+ * readback.h: what the chip holds of a routed interface, read from its tables
+ * and from nowhere else.
+ *
+ * A port names its ingress object in port control 67, which is the interface's
+ * number. A tunnel is tied to no port; its number is the library's.
+ */
+#pragma once
+
+#include "l3lif/lif.h"
+
+#include "switch.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lab::l3lif
+{
+
+/** An interface in the chip. A field is meaningless where the chip has no such object. */
+struct HardwareView {
+    int iif = 0;                ///< its number; 0: none
+    bool has_interface = false; ///< the L3 interface is there: VLAN, VRF and MTU are its
+    int vlan = 0;
+    int vrf = 0;
+    int mtu = 0;
+    bool ipv4 = false;      ///< the chip routes IPv4 that comes in on it
+    bool ipv6 = false;      ///< the chip routes IPv6 that comes in on it
+    std::vector<int> ports; ///< the chip's ports that are tied to it
+    std::string missing;    ///< what it lacks to be up, in words; empty when it is up
+
+    /** "ipv4", "ipv6". */
+    std::vector<std::string_view> families() const;
+};
+
+/** Reads an interface back. */
+HardwareView read_back(const simswitch::Switch &hardware, const Lif &lif);
+
+} // namespace lab::l3lif

@@ -1,0 +1,59 @@
+/*
+ * up_result.h: all that one `rtif up` came to, before it is printed. table.h
+ * prints it for people, json.h for machines.
+ */
+#pragma once
+
+#include "config/description.h"
+#include "l3lif/layer.h"
+#include "l3lif/readback.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lab::report
+{
+
+/** An interface, what the chip holds of it, and how it went. */
+struct InterfaceResult {
+    const l3lif::Interface *interface = nullptr;
+    l3lif::HardwareView view;
+    bool up = false;
+    std::string error; ///< why it failed; empty when it is up
+};
+
+/** How taking everything down again went. */
+struct Teardown {
+    bool clean = true;             ///< the library reported no failure
+    std::vector<std::string> left; ///< what was left behind
+    std::string by_design;         ///< what stays, in words
+};
+
+/** One run. The configuration and the layer outlive it. */
+struct UpResult {
+    const config::Description *config = nullptr;
+    const l3lif::Layer *layer = nullptr;
+    std::string_view chip; ///< "Trident" or "Trident2"
+    std::vector<InterfaceResult> interfaces;
+    std::vector<config::SkippedRow> skipped;
+    std::vector<std::string> notes;
+    std::optional<Teardown> teardown; ///< only when it was asked for
+
+    std::size_t up_count() const;
+    /** Platform calls of all requests that brought something up. */
+    std::size_t calls() const;
+    bool has_router_mac() const;
+    /** Whether everything that was tried has worked. */
+    bool ok() const;
+};
+
+/** What the user wants to see. */
+struct View {
+    bool calls = false;  ///< the platform calls under each interface
+    bool trace = false;  ///< the library's messages under each interface
+    bool colour = false; ///< colours, for a terminal
+};
+
+} // namespace lab::report

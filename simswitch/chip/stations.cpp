@@ -1,0 +1,70 @@
+/*
+ * stations.cpp: the station table.
+ */
+#include "chip/stations.h"
+
+#include "chip/refusal.h"
+
+#include <fmt/format.h>
+
+namespace simswitch::chip
+{
+
+namespace
+{
+
+Outcome check(const Station &station)
+{
+    if (station.vlan > LAST_VLAN) {
+        return out_of_range("VLAN", station.vlan, 0, LAST_VLAN);
+    }
+    if (station.vlan_mask > LAST_VLAN) {
+        return out_of_range("VLAN mask", station.vlan_mask, 0, LAST_VLAN);
+    }
+    return {};
+}
+
+} // namespace
+
+std::string text(const Station &station)
+{
+    return fmt::format("flags {:#x} mac {}/{} vlan {}/{:#x} port {}/{:#x}", station.flags,
+                       text(station.mac), text(station.mac_mask), station.vlan, station.vlan_mask,
+                       station.src_port, static_cast<unsigned>(station.src_port_mask));
+}
+
+Outcome Stations::create(const Station &station, int &id)
+{
+    if (Outcome refused = check(station); !refused.ok()) {
+        return refused;
+    }
+    if (table_.size() >= limit_) {
+        return table_full("station", limit_);
+    }
+    id = ids_.take();
+    table_.put(id, station);
+    return {};
+}
+
+Outcome Stations::remove(int id)
+{
+    if (!table_.erase(id)) {
+        return unknown("station", id);
+    }
+    ids_.give_back(id);
+    return {};
+}
+
+Outcome Stations::set(int id, const Station &station)
+{
+    if (Outcome refused = check(station); !refused.ok()) {
+        return refused;
+    }
+    if (!table_.has(id)) {
+        return unknown("station", id);
+    }
+    table_.put(id, station);
+    return {};
+}
+
+} // namespace simswitch::chip

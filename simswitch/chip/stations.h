@@ -1,0 +1,63 @@
+/*
+ * stations.h: the L2 stations: which destination MACs, in which VLAN, lift a
+ * frame out of bridging into routing.
+ *
+ * The chip gives the ids, from 1. Several stations may match the same frames;
+ * the chip doesn't compare them.
+ */
+#pragma once
+
+#include "chip/basics.h"
+#include "chip/outcome.h"
+#include "chip/table.h"
+
+namespace simswitch::chip
+{
+
+/** A station: a frame matches when each field, under its mask, is the frame's. */
+struct Station {
+    std::uint32_t flags = 0;     ///< traffic classes that the station terminates
+    Mac mac{};                   ///< destination MAC
+    Mac mac_mask{};              ///< bits of it that count
+    std::uint16_t vlan = 0;      ///< VLAN id, 0..4095
+    std::uint16_t vlan_mask = 0; ///< bits of it that count; 0: any VLAN
+    int src_port = 0;            ///< port on which the frame came in
+    int src_port_mask = 0;       ///< bits of it that count; 0: any port
+
+    bool operator==(const Station &) const = default;
+};
+
+/** "flags 0x1c mac 00:…/ff:… vlan 0/0x0 port 0/0". */
+std::string text(const Station &station);
+
+/** The station table. */
+class Stations
+{
+public:
+    explicit Stations(std::size_t limit) : limit_(limit) {}
+
+    /**
+     * Adds a station.
+     *
+     * @param station  the station
+     * @param id       receives its id; left alone on failure
+     * @return 0; -4 for a VLAN or mask above 4095; -6 when the table is full
+     */
+    Outcome create(const Station &station, int &id);
+    /** Removes a station. -7 when there is none of this id. */
+    Outcome remove(int id);
+    /** Replaces a station. -4 as create; -7 when there is none of this id. */
+    Outcome set(int id, const Station &station);
+
+    /** The station of an id, null when there is none. */
+    const Station *find(int id) const { return table_.find(id); }
+    std::size_t size() const { return table_.size(); }
+    std::map<int, Station> all() const { return table_.all(); }
+
+private:
+    std::size_t limit_;
+    IdPool ids_{1};
+    Table<Station> table_;
+};
+
+} // namespace simswitch::chip

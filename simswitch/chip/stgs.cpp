@@ -1,0 +1,133 @@
+/*
+ * stgs.cpp: the table of spanning tree groups.
+ */
+#include "chip/stgs.h"
+
+#include "chip/refusal.h"
+
+#include <fmt/format.h>
+
+namespace simswitch::chip
+{
+
+namespace
+{
+
+constexpr const char *KIND = "spanning tree group";
+
+Outcome check(int port, int state)
+{
+    if (!is_port(port)) {
+        return out_of_range("port", port, 0, LAST_PORT);
+    }
+    if (state < STP_DISABLED || state > STP_FORWARDING) {
+        return out_of_range("spanning tree state", state, STP_DISABLED, STP_FORWARDING);
+    }
+    return {};
+}
+
+} // namespace
+
+PortSet Stg::in_state(int state) const
+{
+    PortSet ports;
+    for (int port = 0; port <= LAST_PORT; ++port) {
+        if (states.at(static_cast<std::size_t>(port)) == state) {
+            ports.add(port);
+        }
+    }
+    return ports;
+}
+
+std::string text(const Stg &stg)
+{
+    return fmt::format("forwarding {} blocking {} listening {} learning {}",
+                       stg.in_state(STP_FORWARDING).text(), stg.in_state(STP_BLOCKING).text(),
+                       stg.in_state(2).text(), stg.in_state(3).text());
+}
+
+Stgs::Stgs(std::size_t limit, Vlans &vlans) : limit_(limit), vlans_(vlans)
+{
+    Stg first;
+    for (int port = CPU_PORT; port <= LAST_FRONT_PORT; ++port) {
+        first.states.at(static_cast<std::size_t>(port)) = STP_FORWARDING;
+    }
+    table_.put(DEFAULT_STG, first);
+}
+
+Outcome Stgs::create(int &stg)
+{
+    if (table_.size() >= limit_) {
+        return table_full(KIND, limit_);
+    }
+    stg = ids_.take();
+    table_.put(stg, {});
+    return {};
+}
+
+Outcome Stgs::remove(int stg)
+{
+    if (stg == DEFAULT_STG) {
+        return {ERROR_PARAM, "spanning tree group 1 is the default group and stays"};
+    }
+    if (!table_.has(stg)) {
+        return unknown(KIND, stg);
+    }
+    for (int vlan : vlans_of(stg)) {
+        vlans_.set_stg(vlan, DEFAULT_STG);
+    }
+    table_.erase(stg);
+    ids_.give_back(stg);
+    return {};
+}
+
+Outcome Stgs::add_vlan(int stg, int vlan)
+{
+    if (!table_.has(stg)) {
+        return unknown(KIND, stg);
+    }
+    if (vlans_.find(vlan) == nullptr) {
+        return unknown("VLAN", vlan);
+    }
+    return vlans_.set_stg(vlan, stg);
+}
+
+Outcome Stgs::set_state(int stg, int port, int state)
+{
+    if (Outcome refused = check(port, state); !refused.ok()) {
+        return refused;
+    }
+    Stg *found = table_.find(stg);
+    if (found == nullptr) {
+        return unknown(KIND, stg);
+    }
+    found->states.at(static_cast<std::size_t>(port)) = static_cast<std::uint8_t>(state);
+    return {};
+}
+
+Outcome Stgs::set_state_of_port(int port, int state)
+{
+    if (Outcome refused = check(port, state); !refused.ok()) {
+        return refused;
+    }
+    for (int vlan : vlans_.of_port(port)) {
+        const Vlan *member_of = vlans_.find(vlan);
+        if (Outcome refused = set_state(member_of->stg, port, state); !refused.ok()) {
+            return refused;
+        }
+    }
+    return {};
+}
+
+std::vector<int> Stgs::vlans_of(int stg) const
+{
+    std::vector<int> ids;
+    for (const auto &[id, vlan] : vlans_.all()) {
+        if (vlan.stg == stg) {
+            ids.push_back(id);
+        }
+    }
+    return ids;
+}
+
+} // namespace simswitch::chip

@@ -1,0 +1,50 @@
+/*
+ * host_state.h: the forwarding manager's state that routed interfaces look at:
+ * which port-channel has which trunk id, and the texts of system error codes.
+ *
+ * The kind of start (g_fwm_pss_restore_mode) is a word of the platform, set
+ * where it is needed and put back to 0 with each new switch. Beside it:
+ * trace_log.h, wrappers.h.
+ */
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace simswitch::fwm
+{
+
+// System error codes of the layers above.
+inline constexpr int ERROR_NO_SUCH_INTERFACE = 0x40010002;
+inline constexpr int ERROR_INTERFACE_NOT_READY = 0x40010005;
+
+/** The forwarding manager's state. */
+class HostState
+{
+public:
+    /** How often the in-band path was set up; from the second time on nothing more happens. */
+    std::uint64_t inband_inits = 0;
+
+    /**
+     * Files a port-channel's trunk id, as fwm_pc_sdb_store does.
+     *
+     * @param ifindex  the port-channel
+     * @param tid      its trunk id, 0 to 65535
+     */
+    void set_trunk_id(std::uint32_t ifindex, std::uint32_t tid) { trunk_ids_[ifindex] = tid; }
+    /** Forgets a port-channel's trunk id. */
+    void forget_trunk_id(std::uint32_t ifindex) { trunk_ids_.erase(ifindex); }
+    /** The trunk id of a port-channel, if it is known. */
+    std::optional<std::uint32_t> trunk_id(std::uint32_t ifindex) const;
+
+    /** The text of a system error code; it stays as long as the switch. */
+    const char *error_text(int code);
+
+private:
+    std::map<std::uint32_t, std::uint32_t> trunk_ids_;
+    std::map<int, std::string> unknown_errors_;
+};
+
+} // namespace simswitch::fwm

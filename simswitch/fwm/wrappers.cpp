@@ -1,0 +1,278 @@
+/*
+ * wrappers.cpp: the write queue, and the caches of VLAN controls and block
+ * masks. The L3 objects are in l3_cache.cpp.
+ */
+#include "fwm/wrappers.h"
+
+#include "chip/refusal.h"
+#include "sdk/convert.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <utility>
+
+namespace simswitch::fwm
+{
+
+namespace
+{
+
+constexpr int SPARE_BLOCK = chip::LAST_VLAN + 1;
+
+Outcome check_vlan(int vlan)
+{
+    if (!chip::is_vlan(vlan)) {
+        return chip::out_of_range("VLAN", vlan, 1, chip::LAST_VLAN);
+    }
+    return {};
+}
+
+Outcome check_state(int port, int state)
+{
+    if (!chip::is_port(port)) {
+        return chip::out_of_range("port", port, 0, chip::LAST_PORT);
+    }
+    if (state < chip::STP_DISABLED || state > chip::STP_FORWARDING) {
+        return chip::out_of_range("spanning tree state", state, chip::STP_DISABLED,
+                                  chip::STP_FORWARDING);
+    }
+    return {};
+}
+
+/** Closes the report of a flush: the numbers before the refusals. */
+void finish_text(FlushReport &report)
+{
+    if (report.writes == 0) {
+        return;
+    }
+    std::string numbers = fmt::format("{} write{}", report.writes, report.writes == 1 ? "" : "s");
+    if (report.refused != 0) {
+        numbers += fmt::format(", {} refused: ", report.refused);
+    }
+    report.text.insert(0, numbers);
+}
+
+} // namespace
+
+Wrappers::Wrappers(chip::Chip &chip) : chip_(chip)
+{
+    rebuild_caches();
+}
+
+FlushReport Wrappers::flush()
+{
+    FlushReport report;
+    for (const QueuedWrite &write : std::exchange(queue_, {})) {
+        ++report.writes;
+        const Outcome outcome = apply(write, chip_);
+        if (outcome.ok()) {
+            ++chip_.writes;
+            continue;
+        }
+        report.code = report.refused == 0 ? outcome.code : report.code;
+        report.text += fmt::format("{}{}: {}", report.refused == 0 ? "" : "; ", describe(write),
+                                   outcome.reason);
+        ++report.refused;
+    }
+    finish_text(report);
+    return report;
+}
+
+std::vector<std::string> Wrappers::pending_text() const
+{
+    std::vector<std::string> lines;
+    std::transform(queue_.begin(), queue_.end(), std::back_inserter(lines), describe);
+    return lines;
+}
+
+void Wrappers::set_capacity(std::size_t writes)
+{
+    capacity_ = std::max<std::size_t>(writes, 1);
+    if (queue_.size() >= capacity_) {
+        own_flushes_.push_back(flush());
+    }
+}
+
+Outcome Wrappers::set_port_control(int port, int control, int value)
+{
+    Outcome outcome = chip_.ports.check_control(port, control);
+    if (outcome.ok()) {
+        push(PortControlWrite{port, control, value});
+    }
+    return outcome;
+}
+
+Outcome Wrappers::set_port_vlan_control(int port, int control, int value)
+{
+    Outcome outcome = chip_.ports.check_vlan_control(port, control);
+    if (outcome.ok()) {
+        push(PortVlanControlWrite{port, control, value});
+    }
+    return outcome;
+}
+
+Outcome Wrappers::set_untagged_vlan(int port, int vlan)
+{
+    Outcome outcome = chip_.ports.check_untagged_vlan(port, vlan);
+    if (outcome.ok()) {
+        push(UntaggedVlanWrite{port, vlan});
+    }
+    return outcome;
+}
+
+Outcome Wrappers::set_discard(int port, int mode)
+{
+    Outcome outcome = chip_.ports.check_discard(port, mode);
+    if (outcome.ok()) {
+        push(DiscardWrite{port, mode});
+    }
+    return outcome;
+}
+
+Outcome Wrappers::set_port_state(int port, int state)
+{
+    Outcome outcome = check_state(port, state);
+    if (outcome.ok()) {
+        push(PortStateWrite{port, state});
+    }
+    return outcome;
+}
+
+Outcome Wrappers::set_stg_state(int stg, int port, int state)
+{
+    Outcome outcome = check_state(port, state);
+    // Groups are allocated at once, so the chip already knows them all.
+    if (outcome.ok() && chip_.stgs.find(stg) == nullptr) {
+        outcome = chip::unknown("spanning tree group", stg);
+    }
+    if (outcome.ok()) {
+        push(StgStateWrite{stg, port, state});
+    }
+    return outcome;
+}
+
+Outcome Wrappers::set_switch_control(int control, int value)
+{
+    Outcome outcome = chip::SwitchControls::check(control);
+    if (outcome.ok()) {
+        push(SwitchControlWrite{control, value});
+    }
+    return outcome;
+}
+
+Outcome Wrappers::add_vlan_ports(int vlan, const chip::PortSet &ports,
+                                 const chip::PortSet &untagged)
+{
+    Outcome outcome = check_vlan(vlan);
+    if (outcome.ok()) {
+        push(VlanPortsAdd{vlan, ports, untagged});
+    }
+    return outcome;
+}
+
+Outcome Wrappers::remove_vlan_ports(int vlan, const chip::PortSet &ports)
+{
+    Outcome outcome = check_vlan(vlan);
+    if (outcome.ok()) {
+        push(VlanPortsRemove{vlan, ports});
+    }
+    return outcome;
+}
+
+Outcome Wrappers::destroy_vlan(int vlan)
+{
+    Outcome outcome = check_vlan(vlan);
+    if (outcome.ok()) {
+        if (bcm_vlan_control_vlan_t *cached = vlan_controls(vlan)) {
+            *cached = {};
+        }
+        push(VlanDestroy{vlan});
+    }
+    return outcome;
+}
+
+Outcome Wrappers::set_vlan_controls(int vlan, const bcm_vlan_control_vlan_t &control)
+{
+    Outcome outcome = check_vlan(vlan);
+    if (outcome.ok()) {
+        forgotten_vlans_.erase(vlan);
+        vlan_controls_[vlan] = control;
+        push(VlanControlsWrite{vlan, sdk::to_chip(control)});
+    }
+    return outcome;
+}
+
+Outcome Wrappers::set_vlan_blocks(int vlan, const bcm_vlan_block_t &block)
+{
+    Outcome outcome = check_vlan(vlan);
+    if (outcome.ok()) {
+        push(VlanBlocksWrite{vlan, sdk::to_chip(block)});
+    }
+    return outcome;
+}
+
+bcm_vlan_control_vlan_t *Wrappers::vlan_controls(int vlan)
+{
+    if (!chip::is_vlan(vlan) || forgotten_vlans_.contains(vlan)) {
+        return nullptr;
+    }
+    return &vlan_controls_[vlan];
+}
+
+void Wrappers::forget_vlan_control(int vlan)
+{
+    vlan_controls_.erase(vlan);
+    forgotten_vlans_.insert(vlan);
+}
+
+bcm_vlan_block_t &Wrappers::vlan_blocks(int vlan)
+{
+    const bool has_own = vlan >= 0 && vlan <= chip::LAST_VLAN;
+    return vlan_blocks_[has_own ? vlan : SPARE_BLOCK];
+}
+
+Outcome Wrappers::add_translation(const chip::TranslationKey &key,
+                                  const chip::TranslationAction &action)
+{
+    push(TranslationAdd{key, action});
+    return {};
+}
+
+Outcome Wrappers::remove_translation(const chip::TranslationKey &key)
+{
+    push(TranslationDelete{key});
+    return {};
+}
+
+void Wrappers::rebuild_caches()
+{
+    vlan_controls_.clear();
+    forgotten_vlans_.clear();
+    vlan_blocks_.clear();
+    for (const auto &[id, vlan] : chip_.vlans.all()) {
+        if (vlan.controls != chip::VlanControls{}) {
+            vlan_controls_[id] = sdk::to_sdk(vlan.controls);
+        }
+        if (vlan.blocks != chip::VlanBlocks{}) {
+            vlan_blocks_[id] = sdk::to_sdk(vlan.blocks);
+        }
+    }
+    l3_interfaces_.clear();
+    for (const auto &[id, interface] : chip_.l3_interfaces.all()) {
+        l3_interfaces_.insert(id);
+    }
+    l3_ingresses_.clear();
+    for (const auto &[id, ingress] : chip_.l3_ingresses.all()) {
+        l3_ingresses_[id] = sdk::to_sdk(ingress);
+    }
+}
+
+void Wrappers::push(const QueuedWrite &write)
+{
+    queue_.push_back(write);
+    if (queue_.size() >= capacity_) {
+        own_flushes_.push_back(flush());
+    }
+}
+
+} // namespace simswitch::fwm

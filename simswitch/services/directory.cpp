@@ -1,0 +1,115 @@
+/*
+ * directory.cpp: what the layer above answers.
+ */
+#include "services/directory.h"
+
+#include "fwm/host_state.h"
+#include "journal/call.h"
+#include "rtifhal_types.h"
+#include "switch.h"
+
+#include <l3lif/l3lif_layer.h>
+
+#include <cstring>
+#include <fmt/format.h>
+#include <stdexcept>
+
+using simswitch::Call;
+using simswitch::Layer;
+using simswitch::Outcome;
+using simswitch::Switch;
+
+alignas(8) unsigned char l3lif_global_data[simswitch::services::LAYER_DATA_BYTES] = {};
+
+namespace simswitch::services
+{
+
+void Directory::add(l3lif *lif)
+{
+    lifs_[lif->ifindex] = lif;
+}
+
+l3lif *Directory::find(std::uint32_t ifindex) const
+{
+    const auto found = lifs_.find(ifindex);
+    return found == lifs_.end() ? nullptr : found->second;
+}
+
+std::vector<l3lif *> Directory::all() const
+{
+    std::vector<l3lif *> lifs;
+    lifs.reserve(lifs_.size());
+    for (const auto &[ifindex, lif] : lifs_) {
+        lifs.push_back(lif);
+    }
+    return lifs;
+}
+
+std::optional<std::uint32_t> Directory::ready_iif(std::uint32_t ifindex) const
+{
+    const auto ready = ready_.find(ifindex);
+    if (ready != ready_.end() && !ready->second) {
+        return std::nullopt;
+    }
+    const auto given = iifs_.find(ifindex);
+    if (given != iifs_.end()) {
+        return given->second;
+    }
+    const l3lif *lif = find(ifindex);
+    const l3lif_pd_ctxt *context = lif == nullptr ? nullptr : lif->l3lif_pd_ctxt;
+    const l3_pd *hardware = context == nullptr ? nullptr : context->l3_pd;
+    if (hardware == nullptr) {
+        return std::nullopt;
+    }
+    const std::uint32_t iif =
+        hardware->brcm_prog_complete != 0 ? hardware->prev_l3_if_index : hardware->l3intf_id;
+    return iif == 0 ? std::nullopt : std::optional(iif);
+}
+
+void Directory::set_flood_entry(std::size_t slot, std::uint32_t entry)
+{
+    if (slot >= LAYER_DATA_FLOOD_ENTRY_COUNT) {
+        throw std::out_of_range(fmt::format("flood entry slot {} is not in 0..{}", slot,
+                                            LAYER_DATA_FLOOD_ENTRY_COUNT - 1));
+    }
+    std::memcpy(&l3lif_global_data[LAYER_DATA_FLOOD_ENTRIES + slot * sizeof entry], &entry,
+                sizeof entry);
+}
+
+} // namespace simswitch::services
+
+extern "C" {
+
+struct l3lif *l3lif_find_lif_from_ifindex(uint32_t ifindex)
+{
+    Call call(Layer::service, __func__, ifindex);
+    return call.run_pointer([&] { return Switch::current().directory.find(ifindex); });
+}
+
+int l3lif_get_iif_for_ifindex_new(uint32_t ifindex, l3lif_iif_info_t *info)
+{
+    Call call(Layer::service, __func__, ifindex);
+    return call.run([&]() -> Outcome {
+        const auto iif = Switch::current().directory.ready_iif(ifindex);
+        if (!iif) {
+            return {simswitch::fwm::ERROR_INTERFACE_NOT_READY, "the interface is not ready"};
+        }
+        *info = {};
+        info->l3iif = *iif;
+        call.out("l3iif", *iif);
+        return {};
+    });
+}
+
+int l3lif_update_sdb_for_intf(struct l3lif *l3lif)
+{
+    Call call(Layer::service, __func__, l3lif);
+    return call.run([&] {
+        if (l3lif != nullptr) {
+            Switch::current().directory.note_update(l3lif->ifindex);
+        }
+        return 0;
+    });
+}
+
+} // extern "C"
