@@ -22,6 +22,14 @@ extern "C" {
 int rtifhal_get_bcm_unit(int chip);
 
 /**
+ * Tells whether an interface has subinterfaces.
+ *
+ * @param ifindex  a main interface
+ * @return nonzero when it has
+ */
+int rtifhal_if_has_si(uint32_t ifindex);
+
+/**
  * Creates an L3 interface, or replaces it.
  *
  * @param unit  SDK unit

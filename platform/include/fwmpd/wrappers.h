@@ -9,6 +9,7 @@
 #define FWMPD_WRAPPERS_H
 
 #include <sdk/l3.h>
+#include <sdk/trunk.h>
 #include <sdk/vlan.h>
 
 #ifdef __cplusplus
@@ -153,10 +154,84 @@ bcm_vlan_block_t *fwmpd_trident_get_bvbt(bcm_vlan_t vlan);
 int fwmpd_trident_vlan_bvcvt_store(bcm_vlan_t vlan);
 
 /**
+ * Sets a VLAN control of a port.
+ *
+ * @param unit     SDK unit
+ * @param port     port
+ * @param control  14: the first key of the port's VLAN translation look-up
+ * @param value    for control 14, 8: port and outer VLAN
+ * @return 0; -4 for a port out of range
+ */
+int fwmpd_bcm_vlan_control_port_set(int unit, int port, int control, int value);
+
+/**
+ * Adds an ingress VLAN translation.
+ *
+ * @param unit        SDK unit
+ * @param gport       module port, or trunk
+ * @param key_type    8: port and outer VLAN
+ * @param outer_vlan  outer VLAN of the key
+ * @param inner_vlan  inner VLAN of the key; the library passes 65535, any
+ * @param action      what the entry does, left as it is
+ * @return 0; -4 for an argument out of range; -6 when the table is full; -8
+ *         when the key exists
+ */
+int fwmpd_bcm_vlan_translate_action_add(int unit, bcm_gport_t gport, int key_type, int outer_vlan,
+                                        int inner_vlan, bcm_vlan_action_set_t *action);
+
+/**
+ * Removes an ingress VLAN translation.
+ *
+ * @param unit        SDK unit
+ * @param gport       module port, or trunk
+ * @param key_type    8: port and outer VLAN
+ * @param outer_vlan  outer VLAN of the key
+ * @param inner_vlan  the library passes 0 here, which has to find the entry
+ *                    that was added with 65535
+ * @return 0; -4 for an argument out of range; -7 when there is no such entry
+ */
+int fwmpd_bcm_vlan_translate_action_delete(int unit, bcm_gport_t gport, int key_type,
+                                           int outer_vlan, int inner_vlan);
+
+/**
+ * Writes a trunk's properties and its members.
+ *
+ * @param unit     SDK unit
+ * @param tid      trunk id
+ * @param info     the properties, left as they are
+ * @param count    number of members, 0 to 32
+ * @param members  the members
+ * @return 0; negative on failure, -4 for an argument out of range
+ */
+int fwmpd_bcm_trunk_set(int unit, int tid, bcm_trunk_info_t *info, int count,
+                        bcm_trunk_member_t *members);
+
+/**
+ * Adds a member to a trunk.
+ *
+ * @param unit    SDK unit
+ * @param tid     trunk id
+ * @param member  the member
+ * @return 0; nonzero on failure: -6 when the trunk is full, -7 when there is no
+ *         such trunk, -8 when the port is a member already
+ */
+int fwmpd_bcm_trunk_member_add(int unit, int tid, bcm_trunk_member_t member);
+
+/**
+ * Takes a member out of a trunk.
+ *
+ * @param unit    SDK unit
+ * @param tid     trunk id
+ * @param member  the member, told by its gport
+ * @return 0; negative on failure: -7 when there is no such trunk or member
+ */
+int fwmpd_bcm_trunk_member_delete(int unit, int tid, bcm_trunk_member_t member);
+
+/**
  * Sets a switch-wide control.
  *
  * @param unit     SDK unit
- * @param control  the control's number; routed interfaces set 230
+ * @param control  the control's number; routed interfaces set 230, 232 and 364
  * @param value    the control's value
  * @return 0; -4 for a control out of range
  */

@@ -39,6 +39,24 @@ SDK_STATIC_ASSERT(sizeof(bcm_trunk_member_t) == 16, "a trunk member is four word
 void bcm_trunk_info_t_init(bcm_trunk_info_t *info);
 
 /**
+ * Gives a trunk member the SDK's defaults: all fields 0.
+ *
+ * @param member  the record, never null
+ */
+void bcm_trunk_member_t_init(bcm_trunk_member_t *member);
+
+/**
+ * Creates a trunk without members, at once.
+ *
+ * @param unit   SDK unit
+ * @param flags  16: the id is the caller's
+ * @param tid    the trunk id, 0 to 127 on a Trident and a Trident2 as they come
+ * @return 0; -8 when the trunk exists; -4 for an id out of range; -6 when the
+ *         table is full
+ */
+int bcm_trunk_create(int unit, uint32_t flags, int *tid);
+
+/**
  * Reads a trunk's properties and members from the chip.
  *
  * @param unit          SDK unit

@@ -33,6 +33,22 @@ typedef struct bcm_vlan_block {
 } bcm_vlan_block_t;
 SDK_STATIC_ASSERT(sizeof(bcm_vlan_block_t) == 4 * sizeof(bcm_pbmp_t), "four sets in a row");
 
+/** What a VLAN translation does with the frame that it matches. */
+typedef struct bcm_vlan_action_set {
+    bcm_vlan_t new_outer_vlan; /**< the frame's VLAN in the chip */
+    int ingress_if;            /**< L3 ingress interface of the frame */
+    int dt_outer;              /**< outer tag of a double-tagged frame, 0 for no action */
+    int ot_outer;              /**< tag of a single-tagged frame: 0 no action, 2 replace */
+    uint32_t reserved[4];      /**< the SDK's own */
+} bcm_vlan_action_set_t;
+
+/**
+ * Gives a translation's action the SDK's defaults: all fields 0.
+ *
+ * @param action  the record, never null
+ */
+void bcm_vlan_action_set_t_init(bcm_vlan_action_set_t *action);
+
 /**
  * Creates a VLAN in the chip, at once, with no member.
  *

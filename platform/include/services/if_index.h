@@ -34,7 +34,7 @@ int if_index_get_type(uint32_t ifindex, uint8_t *type);
  */
 int if_index_get_port(uint32_t ifindex, uint8_t *port);
 
-/** @param ifindex  the interface  @return nonzero for a port-channel, not for its subinterfaces */
+/** @param ifindex  the interface  @return nonzero for a port-channel and for its subinterfaces */
 int if_index_is_eth_port_channel_intf(uint32_t ifindex);
 
 /** @param ifindex  the interface  @return nonzero for a subinterface of a port or port-channel */
@@ -54,6 +54,14 @@ int if_index_is_tunnel_intf(uint32_t ifindex);
  * @return 0; nonzero for what isn't a port-channel; the library doesn't look at it
  */
 int if_index_port_channel_get_channel_num(uint32_t ifindex, uint16_t *number);
+
+/**
+ * Tells the main interface of a subinterface.
+ *
+ * @param ifindex  a subinterface
+ * @return its main interface; any other ifindex as it is
+ */
+uint32_t if_index_get_mainintf_from_subintf(uint32_t ifindex);
 
 /**
  * Writes an interface's name.

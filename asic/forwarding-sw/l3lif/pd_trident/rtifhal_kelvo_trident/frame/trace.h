@@ -95,6 +95,9 @@ void rtifhal_trace(const trace_point &point, const char *format, Args... args)
 #define TRACE(...) RTIFHAL_TRACE_POINT(LEVEL_TRACE, __func__, __VA_ARGS__)
 /** An error report, level 102, in the function that it names. */
 #define REPORT(...) RTIFHAL_TRACE_POINT(LEVEL_ERROR, __func__, __VA_ARGS__)
+/** A trace, and an error report, of a procedure that is exported under several names. */
+#define TRACE_NAMED(name, ...) RTIFHAL_TRACE_POINT(LEVEL_TRACE, name, __VA_ARGS__)
+#define REPORT_NAMED(name, ...) RTIFHAL_TRACE_POINT(LEVEL_ERROR, name, __VA_ARGS__)
 /** A trace in a step of `operation`, a declared function. */
 #define TRACE_OF(operation, ...)                                                                   \
     RTIFHAL_TRACE_POINT(LEVEL_TRACE, (static_cast<void>(&operation), #operation), __VA_ARGS__)

@@ -5,9 +5,16 @@
 #pragma once
 
 inline constexpr int SWITCH_CONTROL_L3 = 232;
+inline constexpr int SWITCH_CONTROL_TRUNK_L3 = 364;
 
 inline constexpr int PORT_CONTROL_IP4 = 8;
 inline constexpr int PORT_CONTROL_IP6 = 9;
 inline constexpr int PORT_CONTROL_IP4_MC = 10;
 inline constexpr int PORT_CONTROL_IP6_MC = 11;
 inline constexpr int PORT_CONTROL_MPLS = 14;
+
+/** A property word as a control's value: only 1 is on. */
+inline constexpr int control_value_of(unsigned word)
+{
+    return word == 1 ? 1 : 0;
+}

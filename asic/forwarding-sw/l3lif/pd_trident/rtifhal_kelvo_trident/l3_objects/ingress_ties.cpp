@@ -5,6 +5,7 @@
 
 #include "frame/trace.h"
 #include "rtifhal_trident.h"
+#include "vlan/gport.h"
 
 #include <fwmpd/wrappers.h>
 #include <sdk/trunk.h>
@@ -14,19 +15,6 @@ namespace
 
 /** VLAN flag: no IGMP snooping. */
 constexpr uint32_t BCM_VLAN_IGMP_SNOOP_DISABLE = 0x800;
-
-/** A trunk member's generic port. */
-constexpr int GPORT_KIND_SHIFT = 26;
-constexpr int GPORT_KIND_MODULE_PORT = 2;
-constexpr int GPORT_PORT_MASK = 0x7ff;
-
-constexpr int TRUNK_MEMBERS = 32;
-
-/** The SDK port of a generic port, -1 for any other kind. */
-int port_of(bcm_gport_t gport)
-{
-    return gport >> GPORT_KIND_SHIFT == GPORT_KIND_MODULE_PORT ? gport & GPORT_PORT_MASK : -1;
-}
 
 /**
  * Switches snooping off in the chip only: the cached record stays without the
@@ -95,7 +83,7 @@ void tie_port_channel(int unit, uint32_t ifindex, int iif)
     TRACE_OF(rtifhal_l3_ing_create, "total member ports = %d\n", count);
 
     for (int i = 0; i < count && i < TRUNK_MEMBERS; ++i) {
-        const int port = port_of(members[i].gport);
+        const int port = port_of_gport(members[i].gport);
         TRACE_OF(rtifhal_l3_ing_create, "member port[%d] = gport %d, port %d\n", i,
                  members[i].gport, port);
         if (fwmpd_bcm_port_control_set(unit, port, PORT_CONTROL_INGRESS_IF, iif) != 0) {
