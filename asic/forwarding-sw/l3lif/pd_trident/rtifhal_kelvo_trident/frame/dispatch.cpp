@@ -16,7 +16,7 @@ namespace
 enum class dispatch_kind { routed_port, svi, tunnel, none };
 
 /** The kind of an interface, by tests in a fixed order of which the first that holds decides. */
-dispatch_kind dispatch_kind_of(uint32_t ifindex, uint8_t type)
+dispatch_kind kind_of(uint32_t ifindex, uint8_t type)
 {
     if (if_index_is_eth_port_channel_intf(ifindex) != 0 || if_index_is_sub_intf(ifindex) != 0) {
         return dispatch_kind::routed_port;
@@ -31,6 +31,17 @@ dispatch_kind dispatch_kind_of(uint32_t ifindex, uint8_t type)
                                                          : dispatch_kind::none;
 }
 
+/** Tells an interface's kind; gives the value of a failing if_index_get_type. */
+int take_kind(uint32_t ifindex, dispatch_kind &kind)
+{
+    uint8_t type = 0;
+    const int rc = if_index_get_type(ifindex, &type);
+    if (rc == 0) {
+        kind = kind_of(ifindex, type);
+    }
+    return rc;
+}
+
 } // namespace
 
 int rtifhal_trident_add_ingress(struct l3lif *l3lif, int aux, int create)
@@ -39,11 +50,11 @@ int rtifhal_trident_add_ingress(struct l3lif *l3lif, int aux, int create)
         return -1;
     }
     TRACE("\n%s: L3LIF: 0x%x, %d, %d\n", __func__, l3lif->ifindex, aux, create);
-    uint8_t type = 0;
-    if (const int rc = if_index_get_type(l3lif->ifindex, &type); rc != 0) {
+    dispatch_kind kind = dispatch_kind::none;
+    if (const int rc = take_kind(l3lif->ifindex, kind); rc != 0) {
         return rc;
     }
-    switch (dispatch_kind_of(l3lif->ifindex, type)) {
+    switch (kind) {
     case dispatch_kind::routed_port:
         return rtifhal_l3_ing_create(l3lif, create);
     case dispatch_kind::svi:
@@ -64,11 +75,11 @@ int rtifhal_trident_del_ingress(struct l3lif *l3lif, int aux, int destroy)
         return -1;
     }
     TRACE("\n%s: L3LIF: 0x%x, %d, %d\n", __func__, l3lif->ifindex, aux, destroy);
-    uint8_t type = 0;
-    if (const int rc = if_index_get_type(l3lif->ifindex, &type); rc != 0) {
+    dispatch_kind kind = dispatch_kind::none;
+    if (const int rc = take_kind(l3lif->ifindex, kind); rc != 0) {
         return rc;
     }
-    switch (dispatch_kind_of(l3lif->ifindex, type)) {
+    switch (kind) {
     case dispatch_kind::routed_port:
         return rtifhal_l3_ing_delete(l3lif, destroy);
     case dispatch_kind::svi:
@@ -87,11 +98,11 @@ int rtifhal_trident_add_egress(struct l3lif *l3lif, int aux, int create)
         return -1;
     }
     TRACE("\n%s: L3LIF: 0x%x, %d, %d\n", __func__, l3lif->ifindex, aux, create);
-    uint8_t type = 0;
-    if (const int rc = if_index_get_type(l3lif->ifindex, &type); rc != 0) {
+    dispatch_kind kind = dispatch_kind::none;
+    if (const int rc = take_kind(l3lif->ifindex, kind); rc != 0) {
         return rc;
     }
-    if (dispatch_kind_of(l3lif->ifindex, type) == dispatch_kind::none) {
+    if (kind == dispatch_kind::none) {
         return -1;
     }
     return rtifhal_l3_egr_create(l3lif);
@@ -103,11 +114,11 @@ int rtifhal_trident_del_egress(struct l3lif *l3lif, int aux, int destroy)
         return -1;
     }
     TRACE("\n%s: L3LIF: 0x%x, %d, %d\n", __func__, l3lif->ifindex, aux, destroy);
-    uint8_t type = 0;
-    if (const int rc = if_index_get_type(l3lif->ifindex, &type); rc != 0) {
+    dispatch_kind kind = dispatch_kind::none;
+    if (const int rc = take_kind(l3lif->ifindex, kind); rc != 0) {
         return rc;
     }
-    switch (dispatch_kind_of(l3lif->ifindex, type)) {
+    switch (kind) {
     case dispatch_kind::routed_port:
     case dispatch_kind::tunnel:
         return rtifhal_l3_egr_delete(l3lif);

@@ -7,6 +7,7 @@
  */
 #include "frame/trace.h"
 #include "kinds/controls.h"
+#include "kinds/read_object.h"
 #include "l3_objects/working_lif.h"
 #include "rtifhal_trident.h"
 #include "vlan/gport.h"
@@ -30,8 +31,8 @@ struct member_delete {
     bcm_l3_intf_t intf;
 };
 
-/** Reads the port-channel's object, and checks it. */
-int read_object(member_delete &del)
+/** Reads the port-channel's object. */
+int read_main_object(member_delete &del)
 {
     bcm_l3_intf_t_init(&del.intf);
     if (del.main->l3lif_pd_ctxt == nullptr) {
@@ -42,19 +43,8 @@ int read_object(member_delete &del)
         return -1;
     }
     del.id = del.main->l3lif_pd_ctxt->l3_pd->l3intf_id;
-    del.intf.l3a_intf_id = del.id;
     (void)fwmpd_trident_batch_flush();
-    const int rc = bcm_l3_intf_get(del.unit, &del.intf);
-    if (rc < 0) {
-        REPORT_OF(rtifhal_trident_l3pc_del, "itf get (%d) failed: %s\n", del.id,
-                  rtifhal_errtext(rc));
-        return -1;
-    }
-    if (del.intf.l3a_intf_id != del.id) {
-        REPORT_OF(rtifhal_trident_l3pc_del, "itf get (%d) mismatch\n", del.id);
-        return -1;
-    }
-    return 0;
+    return read_object("rtifhal_trident_l3pc_del", del.unit, del.id, del.id, del.intf);
 }
 
 /** Sets all five controls to 1, whatever the port-channel's properties were. */
@@ -218,7 +208,7 @@ int rtifhal_trident_l3pc_del(struct l3lif *l3lif, int destroy)
         return rc;
     }
     del.unit = rtifhal_get_bcm_unit(0);
-    if (read_object(del) != 0 || reset_controls(del) != 0) {
+    if (read_main_object(del) != 0 || reset_controls(del) != 0) {
         return -1;
     }
     delete_object(del, destroy);

@@ -6,6 +6,7 @@
  */
 #include "frame/trace.h"
 #include "kinds/controls.h"
+#include "kinds/read_object.h"
 #include "l3_objects/working_lif.h"
 #include "rtifhal_trident.h"
 #include "vlan/vlan.h"
@@ -93,18 +94,8 @@ int find_object(const struct l3lif *l3lif, int unit, bcm_l3_intf_t &object, int 
     }
 
     id = l3_pd->l3intf_id;
-    object.l3a_intf_id = id;
-    const int rc = bcm_l3_intf_get(unit, &object);
-    if (rc < 0) {
-        REPORT_OF(rtifhal_trident_l3port_del, "itf get (%d) failed: %s\n", l3lif->ifindex,
-                  rtifhal_errtext(rc));
-        return -1;
-    }
-    if (object.l3a_intf_id != id) {
-        REPORT_OF(rtifhal_trident_l3port_del, "itf get (%d) mismatch\n", id);
-        return -1;
-    }
-    return 0;
+    return read_object("rtifhal_trident_l3port_del", unit, static_cast<int>(l3lif->ifindex), id,
+                       object);
 }
 
 /**

@@ -6,7 +6,7 @@
  */
 #include "frame/trace.h"
 #include "kinds/controls.h"
-#include "l3_objects/working_lif.h"
+#include "kinds/read_object.h"
 #include "rtifhal_trident.h"
 
 #include <fwmpd/l3_cache.h>
@@ -31,19 +31,8 @@ int read_existing(const struct l3lif *l3lif, int unit, bcm_l3_intf_t &object, in
         return -1;
     }
     id = l3lif->l3lif_pd_ctxt->l3_pd->l3intf_id;
-    object.l3a_intf_id = id;
     (void)fwmpd_trident_batch_flush();
-    const int rc = bcm_l3_intf_get(unit, &object);
-    if (rc < 0) {
-        REPORT_OF(rtifhal_l3tun_add, "itf get (%d) failed: %s\n", l3lif->ifindex,
-                  rtifhal_errtext(rc));
-        return -1;
-    }
-    if (object.l3a_intf_id != id) {
-        REPORT_OF(rtifhal_l3tun_add, "itf get (%d) mismatch\n", id);
-        return -1;
-    }
-    return 0;
+    return read_object("rtifhal_l3tun_add", unit, static_cast<int>(l3lif->ifindex), id, object);
 }
 
 /** Reads the object that is to go. */
@@ -54,20 +43,9 @@ int read_leaving(const struct l3lif *l3lif, int unit, bcm_l3_intf_t &object)
     if (l3_pd == nullptr) {
         return -1;
     }
-    const int id = l3_pd->l3intf_id;
-    object.l3a_intf_id = id;
     (void)fwmpd_trident_batch_flush();
-    const int rc = bcm_l3_intf_get(unit, &object);
-    if (rc < 0) {
-        REPORT_OF(rtifhal_l3tun_del, "itf get (%d) failed: %s\n", l3lif->ifindex,
-                  rtifhal_errtext(rc));
-        return -1;
-    }
-    if (object.l3a_intf_id != id) {
-        REPORT_OF(rtifhal_l3tun_del, "itf get (%d) mismatch\n", id);
-        return -1;
-    }
-    return 0;
+    return read_object("rtifhal_l3tun_del", unit, static_cast<int>(l3lif->ifindex),
+                       l3_pd->l3intf_id, object);
 }
 
 /** Unbinds the initiator; a refusal doesn't keep the interface. */
