@@ -246,6 +246,7 @@ void skip_table(const Tables &tables, const OtherTable &table, Description &desc
 std::vector<std::string_view> interface_tables()
 {
     std::vector<std::string_view> names;
+    names.reserve(INTERFACE_TABLES.size() + OTHER_TABLES.size());
     for (const auto &table : INTERFACE_TABLES) {
         names.push_back(table.name);
     }

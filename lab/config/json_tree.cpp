@@ -134,10 +134,10 @@ private:
         auto &members = level.node->members;
         const auto [place, is_new] = level.places.emplace(level.key, members.size());
         if (is_new) {
-            members.emplace_back(level.key, std::move(value));
+            members.push_back({level.key, std::move(value)});
         } else {
             note_duplicate();
-            members[place->second].second = std::move(value);
+            members[place->second].value = std::move(value);
         }
     }
 
@@ -169,8 +169,8 @@ std::string place_in(std::string_view text, std::size_t position)
 const JsonNode *JsonNode::find(std::string_view key) const
 {
     const auto it = std::find_if(members.begin(), members.end(),
-                                 [key](const auto &member) { return member.first == key; });
-    return it == members.end() ? nullptr : &it->second;
+                                 [key](const JsonMember &member) { return member.key == key; });
+    return it == members.end() ? nullptr : &it->value;
 }
 
 std::string_view JsonNode::kind_name() const

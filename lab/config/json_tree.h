@@ -9,7 +9,6 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace lab::config
@@ -22,18 +21,26 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+struct JsonMember;
+
 /** A JSON value. Of what lies too deep to be part of a row only the kind is kept. */
 struct JsonNode {
     enum class Kind { object, list, text, number, boolean, null };
 
     Kind kind = Kind::null;
-    std::string text; ///< a text; a number or boolean as the file writes it
-    std::vector<std::pair<std::string, JsonNode>> members; ///< of an object, each key once
+    std::string text;                ///< a text; a number or boolean as the file writes it
+    std::vector<JsonMember> members; ///< of an object, each key once
 
     /** The member of a key, null when there is none. */
     const JsonNode *find(std::string_view key) const;
     /** "an object", "a list", "a text", … */
     std::string_view kind_name() const;
+};
+
+/** A member of an object. */
+struct JsonMember {
+    std::string key;
+    JsonNode value;
 };
 
 /** A file's root and what stands twice in it. */

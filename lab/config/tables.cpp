@@ -72,24 +72,12 @@ std::string duplicate_note(const std::vector<std::string> &path, std::string_vie
                        in_quotes(fmt::format("{}", fmt::join(rest, "."))));
 }
 
-/** Puts the rows of a nested table in. */
-void add_table(Tables &tables, const std::string &name, const JsonNode &node)
+/** Puts a row in; where both forms have it, the later one counts. */
+void add_row(Tables &tables, const std::string &table, const std::string &key, const JsonNode &node,
+             std::string_view file)
 {
-    for (const auto &[key, value] : node.members) {
-        tables.by_name[name][key] = make_row(value);
-    }
-}
-
-/** Puts a flat row in; it may meet the same row of a nested table. */
-void add_flat_row(Tables &tables, const std::string &key, std::size_t bar, const JsonNode &node,
-                  std::string_view file)
-{
-    const std::string table = key.substr(0, bar);
-    const std::string row = key.substr(bar + 1);
-    const bool is_new =
-        tables.by_name[table].insert_or_assign(row, make_row(unwrapped(node))).second;
-    if (!is_new) {
-        tables.notes.push_back(duplicate_note({table, row}, file));
+    if (!tables.by_name[table].insert_or_assign(key, make_row(node)).second) {
+        tables.notes.push_back(duplicate_note({table, key}, file));
     }
 }
 
@@ -121,9 +109,11 @@ Tables make_tables(const JsonTree &tree, std::string_view file,
     }
     for (const auto &[name, node] : tree.root.members) {
         if (const std::size_t bar = name.find('|'); bar != std::string::npos) {
-            add_flat_row(tables, name, bar, node, file);
+            add_row(tables, name.substr(0, bar), name.substr(bar + 1), unwrapped(node), file);
         } else if (node.kind == JsonNode::Kind::object) {
-            add_table(tables, name, node);
+            for (const auto &[key, row] : node.members) {
+                add_row(tables, name, key, row, file);
+            }
         } else if (std::find(read.begin(), read.end(), name) != read.end()) {
             throw UnusableFile(fmt::format("{}: {}: an object of rows was expected, not {}", file,
                                            name, node.kind_name()));

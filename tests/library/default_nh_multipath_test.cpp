@@ -84,7 +84,7 @@ TEST_F(MultipathDefaultRoutes, TwoPathsAreBuiltOnceOneIsReady)
         not_ready_report(1),
         traced("Adj restore passed for handle 200000 \n"),
         traced("multipath create v4, total 1, 30d40, encap 7"),
-        traced("route add  v4, 1 intf 200000, ret=0\n"),
+        traced("route add  v4, 10000000 intf 200000, ret=0\n"),
     }));
 }
 
@@ -355,7 +355,7 @@ TEST_F(MultipathDefaultRoutes, RefusedRouteGoesToTheSystemLogAndTheOldSetStillGo
                                   "### ERROR ADDING DEF_ROUTE for ifindex 0x10000000 multipath 1 "
                                   "tmp_index 3 total_ecmp 4"});
     EXPECT_EQ(sdk_calls().back(), destroy(FIRST_ID + 2));
-    EXPECT_EQ(messages().at(messages().size() - 2).text, "route add  v4, 1 intf 200001, ret=-6\n");
+    EXPECT_EQ(messages().at(messages().size() - 2).text, "route add  v4, 10000000 intf 200001, ret=-6\n");
 }
 
 TEST_F(MultipathDefaultRoutes, FewerNextHopsThanBeforeAreCountedAnew)

@@ -34,7 +34,7 @@ protected:
         return between_start_and_end({
             traced("Adj restore passed for handle 100000 \n"),
             traced("egress create " + family + ", total 1, 186a0, encap 7\n"),
-            traced("route add  " + family + ", 1 intf 100000, ret=0\n"),
+            traced("route add  " + family + ", 10000000 intf 100000, ret=0\n"),
         });
     }
 };
@@ -272,7 +272,7 @@ TEST_F(DefaultRoutes, RefusedRouteGoesToTheSystemLog)
     expect_messages(between_start_and_end({
         traced("Adj restore passed for handle 100000 \n"),
         traced("egress create v4, total 1, 186a0, encap 7\n"),
-        traced("route add  v4, 1 intf 100000, ret=-6\n"),
+        traced("route add  v4, 10000000 intf 100000, ret=-6\n"),
     }));
 }
 

@@ -424,9 +424,14 @@ TEST_F(FloodBlock, HighestPortOfASetCounts)
     EXPECT_EQ(uses().subint_count, 1);
 }
 
+namespace
+{
+
 class PortOutsideTheSets : public FloodBlock, public ::testing::WithParamInterface<int>
 {
 };
+
+} // namespace
 
 TEST_P(PortOutsideTheSets, IsNoUseAndStandsInNoMask)
 {
@@ -441,18 +446,30 @@ TEST_P(PortOutsideTheSets, IsNoUseAndStandsInNoMask)
 
 INSTANTIATE_TEST_SUITE_P(FloodBlock, PortOutsideTheSets, ::testing::Values(-1, 256, 300, 1 << 30));
 
+namespace
+{
+
 class VlanOutsideTheTable : public FloodBlock, public ::testing::WithParamInterface<std::uint16_t>
 {
 };
 
+} // namespace
+
 TEST_P(VlanOutsideTheTable, IsMarkedByNobody)
 {
     EXPECT_EQ(rtifhal_subintf_block_set(GetParam(), L2, 0, 1, nullptr), 0);
-    rtifhal_subintf_block_set(GetParam(), ROUTED, 5, 1, nullptr);
-    rtifhal_subintf_block_set(GetParam(), SVI, 0, 1, nullptr);
     std::uint32_t no_users = UNTOUCHED;
-    EXPECT_EQ(rtifhal_subintf_block_set(GetParam(), L2, 0, 0, &no_users), 0);
+    EXPECT_EQ(rtifhal_subintf_block_set(GetParam(), 7, 0, 0, &no_users), 0);
     EXPECT_EQ(no_users, 1U);
+}
+
+TEST_P(VlanOutsideTheTable, IsRefusedByThePlatform)
+{
+    EXPECT_EQ(rtifhal_subintf_block_set(GetParam(), ROUTED, 5, 1, nullptr), -1);
+    EXPECT_EQ(rtifhal_subintf_block_set(GetParam(), SVI, 0, 0, nullptr), -1);
+    const Message refused =
+        report(OPERATION, fmt::format("bcm_vlan_block_set failed for vid {}\n", GetParam()));
+    expect_reports({refused, refused});
 }
 
 INSTANTIATE_TEST_SUITE_P(FloodBlock, VlanOutsideTheTable, ::testing::Values(4096, 65535));

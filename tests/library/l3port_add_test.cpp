@@ -160,6 +160,9 @@ TEST_F(L3PortAdd, PropertiesMissingStopItAtTheIngressStep)
     });
 }
 
+namespace
+{
+
 /** A step that the chip refuses with -4: the call, and its message around the id. */
 struct RefusedStep {
     std::string name;
@@ -184,6 +187,8 @@ protected:
         EXPECT_EQ(lif->lif.lif_state, UNTOUCHED);
     }
 };
+
+} // namespace
 
 TEST_P(L3PortAddRefused, StopsAFirstAddUnderTheNumberZero)
 {

@@ -151,6 +151,9 @@ TEST_F(L3PortDelete, ParkedNumberIsHeldBack)
     EXPECT_EQ(lif->lif.l3lif_pd_ctxt, nullptr);
 }
 
+namespace
+{
+
 /** A port control that the chip refuses with -4, and its message around the id. */
 struct RefusedControl {
     std::string name;
@@ -173,6 +176,8 @@ protected:
             STEP, fmt::format("{}{}) failed: {}\n", control.before_id, id, _shr_errmsg[4]))});
     }
 };
+
+} // namespace
 
 TEST_P(L3PortDeleteRefused, StopsUnderTheLiveNumber)
 {
@@ -244,6 +249,14 @@ TEST_F(L3PortDelete, RefusedDiscardIsReportedOnly)
     EXPECT_EQ(rtifhal_trident_l3port_del(lif->get(), 1), 0);
     expect_reports({report(
         STEP, fmt::format("port_discard({}) failed: {}\n", lif->decimal(), _shr_errmsg[4]))});
+}
+
+TEST_F(L3PortDelete, PositiveAnswersAreNoRefusals)
+{
+    fail("bcm_l3_intf_get", 1);
+    fail("fwmpd_bcm_port_discard_set", 1);
+    EXPECT_EQ(rtifhal_trident_l3port_del(lif->get(), 1), 0);
+    expect_reports({});
 }
 
 TEST_F(L3PortDelete, VlanIsTheInterfacesInternalOne)

@@ -278,6 +278,15 @@ TEST_F(TunnelAdd, RefusedSwitchControlStopsBeforeTheObject)
     });
 }
 
+TEST_F(TunnelAdd, PositiveAnswersAreNoRefusals)
+{
+    brought_up();
+    fail("bcm_l3_intf_get", 1);
+    fail("bcm_switch_control_set", 1);
+    EXPECT_EQ(rtifhal_l3tun_add(lif->get(), 0), 0);
+    expect_reports({});
+}
+
 TEST_F(TunnelAdd, RefusedSwitchControlOfALaterAddNamesTheLiveNumber)
 {
     brought_up();

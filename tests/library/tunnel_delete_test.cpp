@@ -200,6 +200,13 @@ TEST_F(TunnelDelete, ObjectThatCantBeReadStopsTheStep)
         {report(STEP, fmt::format("itf get ({}) failed: {}\n", lif->decimal(), _shr_errmsg[7]))});
 }
 
+TEST_F(TunnelDelete, PositiveAnswerToTheReadIsNoRefusal)
+{
+    fail("bcm_l3_intf_get", 1);
+    EXPECT_EQ(rtifhal_l3tun_del(lif->get(), 1), 0);
+    expect_reports({});
+}
+
 TEST_F(TunnelDelete, ParkedTunnelIsLookedForUnderTheNumberZero)
 {
     const auto other = tunnel(2);

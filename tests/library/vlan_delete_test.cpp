@@ -228,9 +228,14 @@ TEST_F(VlanDelete, EndThatTheChipRefusesIsNotLookedAt)
                 fmt::format(" bcm_vlan_destroy failing for vid 100: {}\n", _shr_errmsg[7]))});
 }
 
+namespace
+{
+
 class PortBeyondTheTable : public VlanDelete, public ::testing::WithParamInterface<int>
 {
 };
+
+} // namespace
 
 TEST_P(PortBeyondTheTable, HasNoLastVlan)
 {

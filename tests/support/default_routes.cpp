@@ -75,6 +75,7 @@ def_route_rec_t ip6_route_over(const std::vector<def_route_path_t> &paths)
 def_route_rec_t route_over_interfaces(const std::vector<std::uint32_t> &ifindexes)
 {
     std::vector<def_route_path_t> paths;
+    paths.reserve(ifindexes.size());
     for (const auto ifindex : ifindexes) {
         paths.push_back(path_over(ifindex));
     }

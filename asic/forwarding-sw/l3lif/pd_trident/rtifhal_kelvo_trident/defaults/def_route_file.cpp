@@ -37,8 +37,11 @@ void load_def_routes()
         num_def_routes = 0;
         (void)!fread(&num_def_routes, sizeof num_def_routes, 1, file);
         def_routes = allocate<def_route_rec_t>(num_def_routes);
+        if (def_routes == nullptr) {
+            num_def_routes = 0;
+        }
         egresses = allocate<def_egress_set_t>(num_def_routes);
-        if (def_routes == nullptr || egresses == nullptr) {
+        if (egresses == nullptr) {
             num_def_routes = 0;
         }
         if (def_routes != nullptr) {

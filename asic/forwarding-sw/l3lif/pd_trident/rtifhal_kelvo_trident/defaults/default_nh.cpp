@@ -239,7 +239,7 @@ void add_route(const route_build &build)
                build.ifindex, build.multipath, build.made, static_cast<int>(route.paths));
     }
     TRACE_OF(rtifhal_trident_create_default_nh, "route add  %s, %x intf %d, ret=%d\n",
-             family_of(route), route.vrf, build.next_hop, rc);
+             family_of(route), build.ifindex, build.next_hop, rc);
 }
 
 void rebuild_route(uint32_t index, uint32_t ifindex, int &last_code)
