@@ -23,7 +23,7 @@ struct Limits {
     std::size_t vlans = 0;             ///< VLANs: 4095 / 4095
     std::size_t stgs = 0;              ///< spanning tree groups: 256 / 256
     std::size_t vlan_translations = 0; ///< VLAN translations: 16384 / 32768
-    std::size_t trunks = 0;            ///< trunks: 1024 / 1024
+    std::size_t trunks = 0;            ///< trunks: 128 / 1024
     std::size_t egresses = 0;          ///< egress objects: 16384 / 49152
     std::size_t multipath_groups = 0;  ///< multipath groups: 1024 / 1024
     std::size_t routes = 0;            ///< routes: 16384 / 16384

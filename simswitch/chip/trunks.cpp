@@ -5,6 +5,7 @@
 
 #include "chip/refusal.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 
 namespace simswitch::chip
@@ -15,15 +16,6 @@ namespace
 
 constexpr const char *KIND = "trunk";
 
-Outcome check_members(const Trunk &record)
-{
-    if (record.members.size() > TRUNK_MEMBER_MAX) {
-        return out_of_range("number of trunk members", static_cast<int>(record.members.size()), 0,
-                            static_cast<int>(TRUNK_MEMBER_MAX));
-    }
-    return {};
-}
-
 } // namespace
 
 std::string text(const Trunk &trunk)
@@ -33,6 +25,11 @@ std::string text(const Trunk &trunk)
         out += fmt::format(" {:#x}", static_cast<unsigned>(member.gport));
     }
     return out;
+}
+
+int gport_kind(int gport)
+{
+    return gport >> 26;
 }
 
 int module_port(int unit, int port)
@@ -61,6 +58,19 @@ Outcome Trunks::create(int trunk, const Trunk &record)
     }
     table_.put(trunk, record);
     return {};
+}
+
+Outcome Trunks::create(const Trunk &record, int &trunk)
+{
+    int id = 0;
+    while (table_.has(id)) {
+        ++id;
+    }
+    Outcome outcome = create(id, record);
+    if (outcome.ok()) {
+        trunk = id;
+    }
+    return outcome;
 }
 
 Outcome Trunks::remove(int trunk)
@@ -116,6 +126,15 @@ Outcome Trunks::remove_member(int trunk, int gport)
     return {};
 }
 
+Outcome Trunks::check_members(const Trunk &record)
+{
+    if (record.members.size() > TRUNK_MEMBER_MAX) {
+        return out_of_range("number of trunk members", static_cast<int>(record.members.size()), 0,
+                            static_cast<int>(TRUNK_MEMBER_MAX));
+    }
+    return {};
+}
+
 Outcome Trunks::get(int trunk, Trunk &record) const
 {
     const Trunk *found = table_.find(trunk);
@@ -124,6 +143,20 @@ Outcome Trunks::get(int trunk, Trunk &record) const
     }
     record = *found;
     return {};
+}
+
+std::optional<int> Trunks::trunk_of(int gport) const
+{
+    std::optional<int> lowest;
+    table_.for_each([&](int id, const Trunk &trunk) {
+        const bool is_member =
+            std::any_of(trunk.members.begin(), trunk.members.end(),
+                        [&](const TrunkMember &member) { return member.gport == gport; });
+        if (is_member && (!lowest || id < *lowest)) {
+            lowest = id;
+        }
+    });
+    return lowest;
 }
 
 } // namespace simswitch::chip

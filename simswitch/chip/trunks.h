@@ -8,6 +8,7 @@
 #include "chip/outcome.h"
 #include "chip/table.h"
 
+#include <optional>
 #include <vector>
 
 namespace simswitch::chip
@@ -43,6 +44,12 @@ struct Trunk {
 /** "psc 9 flags 0x0 members 0x8000005 0x8000006". */
 std::string text(const Trunk &trunk);
 
+// Kinds of generic ports.
+inline constexpr int GPORT_MODULE_PORT = 2; ///< a port
+inline constexpr int GPORT_TRUNK = 3;       ///< a trunk
+
+/** The kind of a generic port. */
+int gport_kind(int gport);
 /** The module port of a port, as trunk members and VLAN translations name it. */
 int module_port(int unit, int port);
 /** A trunk as a generic port, as VLAN translations name it. */
@@ -56,6 +63,8 @@ public:
 
     /** Creates a trunk. -4 for an id out of 0..65535 or over 32 members; -6 full; -8 taken. */
     Outcome create(int trunk, const Trunk &record);
+    /** The same under the lowest free id, which `trunk` receives; left alone on failure. */
+    Outcome create(const Trunk &record, int &trunk);
     /** Removes a trunk. -7 when there is none. */
     Outcome remove(int trunk);
     /** Replaces a trunk. -4 for over 32 members; -7 when there is none. */
@@ -65,8 +74,12 @@ public:
     /** Takes a member out. -7 when there is no such trunk or member. */
     Outcome remove_member(int trunk, int gport);
 
+    /** What create and set would refuse of a trunk itself: -4 for over 32 members. */
+    static Outcome check_members(const Trunk &record);
     /** Reads a trunk. -7 when there is none. */
     Outcome get(int trunk, Trunk &record) const;
+    /** The lowest trunk that has a module port as its member. */
+    std::optional<int> trunk_of(int gport) const;
     /** The trunk, null when there is none. */
     const Trunk *find(int trunk) const { return table_.find(trunk); }
     std::size_t size() const { return table_.size(); }

@@ -4,6 +4,7 @@
 #include "chip/vlan_translations.h"
 
 #include "chip/refusal.h"
+#include "chip/trunks.h"
 
 #include <fmt/format.h>
 
@@ -28,14 +29,34 @@ std::string text(const TranslationKey &key)
 
 std::string text(const TranslationAction &action)
 {
-    return fmt::format("vlan {} iif {} outer-tag {}", action.new_outer_vlan, action.ingress_if,
-                       action.outer_tag_action);
+    std::string out = fmt::format("vlan {} iif {} outer-tag {}", action.new_outer_vlan,
+                                  action.ingress_if, action.outer_tag_action);
+    if (action.double_tag_action != 0) {
+        out += fmt::format(" double-tag {}", action.double_tag_action);
+    }
+    return out;
+}
+
+Outcome VlanTranslations::check(const TranslationKey &key)
+{
+    const int kind = gport_kind(key.gport);
+    if (kind != GPORT_MODULE_PORT && kind != GPORT_TRUNK) {
+        return {ERROR_PARAM, fmt::format("generic port {:#x} is neither a module port nor a trunk",
+                                         static_cast<unsigned>(key.gport))};
+    }
+    if (key.outer_vlan < 0 || key.outer_vlan > LAST_VLAN) {
+        return out_of_range("outer VLAN", key.outer_vlan, 0, LAST_VLAN);
+    }
+    if (key.inner_vlan != ANY_INNER_VLAN && (key.inner_vlan < 0 || key.inner_vlan > LAST_VLAN)) {
+        return out_of_range("inner VLAN", key.inner_vlan, 0, LAST_VLAN);
+    }
+    return {};
 }
 
 Outcome VlanTranslations::create(const TranslationKey &key, const TranslationAction &action)
 {
-    if (key.outer_vlan < 0 || key.outer_vlan > LAST_VLAN) {
-        return out_of_range("outer VLAN", key.outer_vlan, 0, LAST_VLAN);
+    if (Outcome refused = check(key); !refused.ok()) {
+        return refused;
     }
     if (table_.contains(key)) {
         return {ERROR_EXISTS, fmt::format("VLAN translation {} exists already", text(key))};

@@ -42,6 +42,7 @@ struct TranslationAction {
     std::uint16_t new_outer_vlan = 0; ///< the outer VLAN that the frame gets
     int ingress_if = 0;               ///< the L3 ingress object that it counts as
     int outer_tag_action = 0;         ///< what becomes of a single tag: 0 nothing, 2 replace
+    int double_tag_action = 0;        ///< what becomes of the outer one of two tags
 
     bool operator==(const TranslationAction &) const = default;
 };
@@ -55,14 +56,16 @@ class VlanTranslations
 public:
     explicit VlanTranslations(std::size_t limit) : limit_(limit) {}
 
-    /** Adds a translation. -4 for an outer VLAN above 4095; -6 when full; -8 when the key is taken.
-     */
+    /** Adds a translation. -4 for what check refuses; -6 when full; -8 when the key is taken. */
     Outcome create(const TranslationKey &key, const TranslationAction &action);
     /** Removes one. -7 when neither the key nor, for inner VLAN 0, its twin with 65535 is there. */
     Outcome remove(const TranslationKey &key);
     /** Replaces the action of a key. -7 when there is no such translation. */
     Outcome set(const TranslationKey &key, const TranslationAction &action);
 
+    /** What create would refuse, for who queues the write. -4 for what is neither module port nor
+     * trunk, and for VLANs out of 0..4095 other than an inner 65535. */
+    static Outcome check(const TranslationKey &key);
     /** The action of a key, found as remove does; null when there is none. */
     const TranslationAction *find(const TranslationKey &key) const;
     std::size_t size() const { return table_.size(); }

@@ -4,6 +4,7 @@
 #include "fwm/host_state.h"
 
 #include "journal/call.h"
+#include "services/ifindex.h"
 #include "switch.h"
 
 #include <fwm/state.h>
@@ -21,9 +22,19 @@ void *g_fwm_pss_context = nullptr;
 namespace simswitch::fwm
 {
 
+void HostState::set_trunk_id(std::uint32_t ifindex, std::uint32_t tid)
+{
+    trunk_ids_[if_index::main_interface(ifindex)] = tid;
+}
+
+void HostState::forget_trunk_id(std::uint32_t ifindex)
+{
+    trunk_ids_.erase(if_index::main_interface(ifindex));
+}
+
 std::optional<std::uint32_t> HostState::trunk_id(std::uint32_t ifindex) const
 {
-    const auto found = trunk_ids_.find(ifindex);
+    const auto found = trunk_ids_.find(if_index::main_interface(ifindex));
     return found == trunk_ids_.end() ? std::nullopt : std::optional(found->second);
 }
 

@@ -28,14 +28,15 @@ public:
     std::uint64_t inband_inits = 0;
 
     /**
-     * Files a port-channel's trunk id, as fwm_pc_sdb_store does.
+     * Files a port-channel's trunk id, as fwm_pc_sdb_store does. Here and below a
+     * subinterface stands for its port-channel.
      *
      * @param ifindex  the port-channel
      * @param tid      its trunk id, 0 to 65535
      */
-    void set_trunk_id(std::uint32_t ifindex, std::uint32_t tid) { trunk_ids_[ifindex] = tid; }
+    void set_trunk_id(std::uint32_t ifindex, std::uint32_t tid);
     /** Forgets a port-channel's trunk id. */
-    void forget_trunk_id(std::uint32_t ifindex) { trunk_ids_.erase(ifindex); }
+    void forget_trunk_id(std::uint32_t ifindex);
     /** The trunk id of a port-channel, if it is known. */
     std::optional<std::uint32_t> trunk_id(std::uint32_t ifindex) const;
 

@@ -79,6 +79,15 @@ struct Applier {
     {
         return chip.vlan_translations.remove(w.key);
     }
+    Outcome operator()(const TrunkWrite &w) const { return chip.trunks.set(w.trunk, w.record); }
+    Outcome operator()(const TrunkMemberAdd &w) const
+    {
+        return chip.trunks.add_member(w.trunk, w.member);
+    }
+    Outcome operator()(const TrunkMemberDelete &w) const
+    {
+        return chip.trunks.remove_member(w.trunk, w.gport);
+    }
 };
 
 /** Puts one kind of write in words. */
@@ -154,6 +163,19 @@ struct Describer {
     std::string operator()(const TranslationDelete &w) const
     {
         return fmt::format("translation {} delete", text(w.key));
+    }
+    std::string operator()(const TrunkWrite &w) const
+    {
+        return fmt::format("trunk {} write, {} members", w.trunk, w.record.members.size());
+    }
+    std::string operator()(const TrunkMemberAdd &w) const
+    {
+        return fmt::format("trunk {} add member {:#x}", w.trunk,
+                           static_cast<unsigned>(w.member.gport));
+    }
+    std::string operator()(const TrunkMemberDelete &w) const
+    {
+        return fmt::format("trunk {} delete member {:#x}", w.trunk, static_cast<unsigned>(w.gport));
     }
 };
 

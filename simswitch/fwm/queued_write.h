@@ -78,6 +78,17 @@ struct TranslationAdd {
 struct TranslationDelete {
     chip::TranslationKey key;
 };
+struct TrunkWrite {
+    int trunk;
+    chip::Trunk record;
+};
+struct TrunkMemberAdd {
+    int trunk;
+    chip::TrunkMember member;
+};
+struct TrunkMemberDelete {
+    int trunk, gport;
+};
 
 /** A write that waits. */
 using QueuedWrite =
@@ -85,7 +96,7 @@ using QueuedWrite =
                  PortStateWrite, StgStateWrite, VlanPortsAdd, VlanPortsRemove, VlanDestroy,
                  VlanControlsWrite, VlanBlocksWrite, SwitchControlWrite, L3InterfaceWrite,
                  L3InterfaceDelete, L3IngressWrite, L3IngressDestroy, TranslationAdd,
-                 TranslationDelete>;
+                 TranslationDelete, TrunkWrite, TrunkMemberAdd, TrunkMemberDelete>;
 
 /** Does the write; the outcome is the chip's. */
 Outcome apply(const QueuedWrite &write, chip::Chip &chip);

@@ -4,10 +4,14 @@
  */
 #include <fwmpd/wrappers.h>
 
+#include "chip/refusal.h"
 #include "journal/call.h"
 #include "sdk/access.h"
 #include "sdk/convert.h"
 #include "switch.h"
+
+#include <fmt/format.h>
+#include <span>
 
 using namespace simswitch;
 
@@ -24,6 +28,26 @@ template <class Body> int queue_write(Call &call, int unit, Body &&body)
         }
         return outcome;
     });
+}
+
+Outcome check_member_list(const bcm_trunk_member_t *members, int count)
+{
+    if (count < 0 || count > static_cast<int>(chip::TRUNK_MEMBER_MAX)) {
+        return chip::out_of_range("number of trunk members", count, 0, chip::TRUNK_MEMBER_MAX);
+    }
+    if (members == nullptr && count > 0) {
+        return {ERROR_PARAM, fmt::format("no members given, though their number is {}", count)};
+    }
+    return {};
+}
+
+/** The members of a caller's array; none when it is refused. */
+std::span<const bcm_trunk_member_t> member_list(const bcm_trunk_member_t *members, int count)
+{
+    if (count == 0 || !check_member_list(members, count).ok()) {
+        return {};
+    }
+    return {members, static_cast<std::size_t>(count)};
 }
 
 } // namespace
@@ -137,6 +161,65 @@ int fwmpd_trident_vlan_bvcvt_store(bcm_vlan_t vlan)
     return call.run([&] {
         Switch::current().wrappers.store_vlan(vlan);
         return OK;
+    });
+}
+
+int fwmpd_bcm_vlan_control_port_set(int unit, int port, int control, int value)
+{
+    Call call(Layer::wrapper, __func__, unit, port, control, value);
+    return queue_write(call, unit, [&](fwm::Wrappers &wrappers) {
+        return wrappers.set_port_vlan_control(port, control, value);
+    });
+}
+
+int fwmpd_bcm_vlan_translate_action_add(int unit, bcm_gport_t gport, int key_type, int outer_vlan,
+                                        int inner_vlan, bcm_vlan_action_set_t *action)
+{
+    Call call(Layer::wrapper, __func__, unit, static_cast<std::uint32_t>(gport), key_type,
+              outer_vlan, inner_vlan, action);
+    return queue_write(call, unit, [&](fwm::Wrappers &wrappers) {
+        return wrappers.add_translation({gport, key_type, outer_vlan, inner_vlan},
+                                        sdk::to_chip(*action));
+    });
+}
+
+int fwmpd_bcm_vlan_translate_action_delete(int unit, bcm_gport_t gport, int key_type,
+                                           int outer_vlan, int inner_vlan)
+{
+    Call call(Layer::wrapper, __func__, unit, static_cast<std::uint32_t>(gport), key_type,
+              outer_vlan, inner_vlan);
+    return queue_write(call, unit, [&](fwm::Wrappers &wrappers) {
+        return wrappers.remove_translation({gport, key_type, outer_vlan, inner_vlan});
+    });
+}
+
+int fwmpd_bcm_trunk_set(int unit, int tid, bcm_trunk_info_t *info, int count,
+                        bcm_trunk_member_t *members)
+{
+    const std::span<const bcm_trunk_member_t> list = member_list(members, count);
+    Call call(Layer::wrapper, __func__, unit, tid, info, count, list);
+    return queue_write(call, unit, [&](fwm::Wrappers &wrappers) -> Outcome {
+        Outcome refused = check_member_list(members, count);
+        if (!refused.ok()) {
+            return refused;
+        }
+        return wrappers.set_trunk(tid, sdk::to_chip(*info, list));
+    });
+}
+
+int fwmpd_bcm_trunk_member_add(int unit, int tid, bcm_trunk_member_t member)
+{
+    Call call(Layer::wrapper, __func__, unit, tid, member);
+    return queue_write(call, unit, [&](fwm::Wrappers &wrappers) {
+        return wrappers.add_trunk_member(tid, sdk::to_chip(member));
+    });
+}
+
+int fwmpd_bcm_trunk_member_delete(int unit, int tid, bcm_trunk_member_t member)
+{
+    Call call(Layer::wrapper, __func__, unit, tid, member);
+    return queue_write(call, unit, [&](fwm::Wrappers &wrappers) {
+        return wrappers.remove_trunk_member(tid, member.gport);
     });
 }
 

@@ -1,6 +1,6 @@
 /*
  * wrappers.cpp: the write queue, and the caches of VLAN controls and block
- * masks. The L3 objects are in l3_cache.cpp.
+ * masks. The L3 objects are in l3_cache.cpp, the trunks in trunk_cache.cpp.
  */
 #include "fwm/wrappers.h"
 
@@ -234,14 +234,20 @@ bcm_vlan_block_t &Wrappers::vlan_blocks(int vlan)
 Outcome Wrappers::add_translation(const chip::TranslationKey &key,
                                   const chip::TranslationAction &action)
 {
-    push(TranslationAdd{key, action});
-    return {};
+    Outcome outcome = chip::VlanTranslations::check(key);
+    if (outcome.ok()) {
+        push(TranslationAdd{key, action});
+    }
+    return outcome;
 }
 
 Outcome Wrappers::remove_translation(const chip::TranslationKey &key)
 {
-    push(TranslationDelete{key});
-    return {};
+    Outcome outcome = chip::VlanTranslations::check(key);
+    if (outcome.ok()) {
+        push(TranslationDelete{key});
+    }
+    return outcome;
 }
 
 void Wrappers::rebuild_caches()
@@ -265,6 +271,7 @@ void Wrappers::rebuild_caches()
     for (const auto &[id, ingress] : chip_.l3_ingresses.all()) {
         l3_ingresses_[id] = sdk::to_sdk(ingress);
     }
+    trunks_.clear();
 }
 
 void Wrappers::push(const QueuedWrite &write)

@@ -8,13 +8,13 @@
  * directly before that sees it as it was.
  *
  * Two refusals have to be told apart. A wrapper refuses what it can know: an
- * argument out of range, and, for L3 interfaces and ingress objects, what its
- * cache says of the table. Then nothing is queued. All else the chip refuses
- * at the flush, which tells of it in its report; who called the wrapper has
- * long had a 0.
+ * argument out of range, and, for L3 interfaces, ingress objects and the
+ * members of trunks, what its cache says of the table. Then nothing is queued. All else the chip
+ * refuses at the flush, which tells of it in its report; who called the wrapper has long had a 0.
  *
  * wrappers.cpp has the queue and the VLAN caches, l3_cache.cpp the L3 objects,
- * wrapper_calls.cpp the C functions; queued_write.h the writes themselves.
+ * trunk_cache.cpp the trunks, wrapper_calls.cpp the C functions;
+ * queued_write.h the writes themselves.
  */
 #pragma once
 
@@ -96,10 +96,20 @@ public:
     /** The VLANs whose controls were stored, in the order of the calls. */
     const std::vector<int> &stored_vlans() const { return stored_vlans_; }
 
-    // VLAN translations. The chip's rules apply at the flush.
+    // VLAN translations. -4 for a key that no translation can have; the rest shows at the flush.
 
     Outcome add_translation(const chip::TranslationKey &key, const chip::TranslationAction &action);
     Outcome remove_translation(const chip::TranslationKey &key);
+
+    // Trunks. Which there are the chip knows, as they are created by direct calls; their members
+    // are told from the cache.
+
+    /** Writes a trunk. -4 for an id out of 0..65535 or over 32 members; -7 when there is none. */
+    Outcome set_trunk(int trunk, const chip::Trunk &record);
+    /** Adds a member. -6 when the trunk has 32; -7 no such trunk; -8 member already. */
+    Outcome add_trunk_member(int trunk, const chip::TrunkMember &member);
+    /** Takes a member out. -7 when there is no such trunk or member. */
+    Outcome remove_trunk_member(int trunk, int gport);
 
     // L3 objects. Existing, unknown and full are told from the cache.
 
@@ -119,6 +129,7 @@ public:
 
 private:
     void push(const QueuedWrite &write);
+    std::vector<int> *trunk_members(int trunk);
 
     chip::Chip &chip_;
     std::vector<QueuedWrite> queue_;
@@ -132,6 +143,7 @@ private:
     std::vector<int> stored_vlans_;
     std::unordered_set<int> l3_interfaces_;
     std::unordered_map<int, bcm_l3_ingress_t> l3_ingresses_;
+    std::unordered_map<int, std::vector<int>> trunks_; ///< generic ports of the members
 };
 
 } // namespace simswitch::fwm

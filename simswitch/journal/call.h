@@ -12,6 +12,7 @@
  * Arguments are printed by type:
  *   int, int16_t, uint16_t, uint8_t, bool   decimal: 4094
  *   uint32_t                                hex: 0x1a000001; a trunk id decimal
+ *   bcm_gport_t, cast to uint32_t           hex: 0x8000005
  *   const char *                            quoted: "fwm", or null
  *   bcm_pbmp_t                              {0,5,9-12}
  *   bcm_mac_t                               00:11:22:33:44:55
@@ -23,8 +24,9 @@
  *   bcm_l3_route_t                          {flags=0x4100 vrf=1 net=0.0.0.0/0 intf=100000}, "::/0" for IPv6
  *   bcm_vlan_control_vlan_t                 {vrf=1 iif=3 flags=0x278 class=4 urpf=0}
  *   bcm_vlan_block_t                        {kmc={} umc={0,5} uuc={0,5} bc={0,5}}
+ *   bcm_vlan_action_set_t                   {vlan=4094 iif=5 ot_outer=2 dt_outer=0}
  *   bcm_trunk_info_t                        {flags=0x0 psc=9 ipmc_psc=0 dlf=-1 mc=-1 ipmc=-1 size=0}
- *   bcm_trunk_member_t                      {flags=0x0 gport=0x8000005}
+ *   bcm_trunk_member_t                      {flags=0x0 gport=0x8000005}; a list of them [{…},{…}]
  *   fwm_pc_sdb_value_t                      {ifindex=0x20029000 tid=42}
  *   l3lif *                                 lif(0x1a000001), or null
  *   avl_tree_t *, avl_node_t *              tree, node, or null
@@ -109,6 +111,20 @@ public:
         }
         set_result(pointer != nullptr ? "record" : "null");
         return pointer;
+    }
+
+    /** The same for a function that gives a word of bits, printed in hex; a fault's code is it. */
+    template <class Body> std::uint32_t run_word(Body &&body)
+    {
+        std::uint32_t word = 0;
+        if (fault_) {
+            reason("injected");
+            word = static_cast<std::uint32_t>(*fault_);
+        } else {
+            word = body();
+        }
+        set_result(format_value(word));
+        return word;
     }
 
     /**

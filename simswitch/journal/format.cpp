@@ -320,6 +320,15 @@ void append_value(std::string &out, const bcm_vlan_block_t &block)
         .value("bc", block.broadcast);
 }
 
+void append_value(std::string &out, const bcm_vlan_action_set_t &action)
+{
+    Fields(out)
+        .number("vlan", action.new_outer_vlan)
+        .number("iif", action.ingress_if)
+        .number("ot_outer", action.ot_outer)
+        .number("dt_outer", action.dt_outer);
+}
+
 void append_value(std::string &out, const bcm_trunk_info_t &info)
 {
     Fields(out)
@@ -384,6 +393,18 @@ void append_value(std::string &out, std::span<const int> ids)
             out += ',';
         }
         append_number(out, id);
+    }
+    out += ']';
+}
+
+void append_value(std::string &out, std::span<const bcm_trunk_member_t> members)
+{
+    out += '[';
+    for (const bcm_trunk_member_t &member : members) {
+        if (out.back() != '[') {
+            out += ',';
+        }
+        append_value(out, member);
     }
     out += ']';
 }

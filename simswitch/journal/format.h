@@ -56,6 +56,7 @@ void append_value(std::string &out, const bcm_l3_egress_ecmp_t &ecmp);
 void append_value(std::string &out, const bcm_l3_route_t &route);
 void append_value(std::string &out, const bcm_vlan_control_vlan_t &control);
 void append_value(std::string &out, const bcm_vlan_block_t &block);
+void append_value(std::string &out, const bcm_vlan_action_set_t &action);
 void append_value(std::string &out, const bcm_trunk_info_t &info);
 void append_value(std::string &out, const bcm_trunk_member_t &member);
 void append_value(std::string &out, const fwm_pc_sdb_value_t &value);
@@ -71,6 +72,8 @@ void append_value(std::string &out, std::nullptr_t);
 
 /** A list of ids: [1,2,3]. */
 void append_value(std::string &out, std::span<const int> ids);
+/** A list of members: [{…},{…}]. */
+void append_value(std::string &out, std::span<const bcm_trunk_member_t> members);
 
 template <class T, class... Records>
 inline constexpr bool IS_ONE_OF = (std::same_as<T, Records> || ...);
@@ -80,7 +83,7 @@ template <class T>
 concept PlatformRecord =
     IS_ONE_OF<T, bcm_pbmp_t, bcm_l2_station_t, bcm_l3_intf_t, bcm_l3_ingress_t, bcm_l3_egress_t,
               bcm_l3_egress_ecmp_t, bcm_l3_route_t, bcm_vlan_control_vlan_t, bcm_vlan_block_t,
-              bcm_trunk_info_t, bcm_trunk_member_t, fwm_pc_sdb_value_t>;
+              bcm_vlan_action_set_t, bcm_trunk_info_t, bcm_trunk_member_t, fwm_pc_sdb_value_t>;
 
 /** The record behind a pointer, or null. */
 template <PlatformRecord Record> void append_value(std::string &out, const Record *record)

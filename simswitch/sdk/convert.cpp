@@ -121,6 +121,43 @@ chip::VlanBlocks to_chip(const bcm_vlan_block_t &block)
     };
 }
 
+chip::TranslationAction to_chip(const bcm_vlan_action_set_t &action)
+{
+    return {
+        .new_outer_vlan = action.new_outer_vlan,
+        .ingress_if = action.ingress_if,
+        .outer_tag_action = action.ot_outer,
+        .double_tag_action = action.dt_outer,
+    };
+}
+
+chip::TrunkMember to_chip(const bcm_trunk_member_t &member)
+{
+    return {
+        .flags = member.flags,
+        .gport = member.gport,
+        .scaling_factor = member.scaling_factor,
+        .load_weight = member.load_weight,
+    };
+}
+
+chip::Trunk to_chip(const bcm_trunk_info_t &info, std::span<const bcm_trunk_member_t> members)
+{
+    chip::Trunk trunk = {
+        .flags = info.flags,
+        .psc = info.psc,
+        .ipmc_psc = info.ipmc_psc,
+        .dlf_index = info.dlf_index,
+        .mc_index = info.mc_index,
+        .ipmc_index = info.ipmc_index,
+        .dynamic_size = info.dynamic_size,
+    };
+    for (const bcm_trunk_member_t &member : members) {
+        trunk.members.push_back(to_chip(member));
+    }
+    return trunk;
+}
+
 bcm_pbmp_t to_sdk(const chip::PortSet &ports)
 {
     bcm_pbmp_t pbmp;

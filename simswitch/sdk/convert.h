@@ -13,6 +13,8 @@
 #include <sdk/trunk.h>
 #include <sdk/vlan.h>
 
+#include <span>
+
 namespace simswitch::sdk
 {
 
@@ -31,6 +33,9 @@ chip::RouteKey route_key(const bcm_l3_route_t &route);
 chip::Route to_chip(const bcm_l3_route_t &route);
 chip::VlanControls to_chip(const bcm_vlan_control_vlan_t &control);
 chip::VlanBlocks to_chip(const bcm_vlan_block_t &block);
+chip::TranslationAction to_chip(const bcm_vlan_action_set_t &action);
+chip::TrunkMember to_chip(const bcm_trunk_member_t &member);
+chip::Trunk to_chip(const bcm_trunk_info_t &info, std::span<const bcm_trunk_member_t> members);
 
 bcm_pbmp_t to_sdk(const chip::PortSet &ports);
 bcm_l3_intf_t to_sdk(int id, const chip::L3Interface &interface);

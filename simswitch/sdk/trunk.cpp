@@ -7,24 +7,32 @@
 #include <sdk/trunk.h>
 
 #include <algorithm>
-#include <string>
+#include <span>
 
 using namespace simswitch;
 
 namespace
 {
 
-/** Copies as many members as there is room for; gives them as a journal list: [{…},{…}]. */
-std::string copy_members(const chip::Trunk &trunk, bcm_trunk_member_t *members, int member_max)
+constexpr std::uint32_t TRUNK_WITH_ID = 16; // create: the id is the caller's
+
+/** Copies as many members as there is room for, and gives those copies. */
+std::span<const bcm_trunk_member_t> copy_members(const chip::Trunk &trunk,
+                                                 bcm_trunk_member_t *members, int member_max)
 {
     const std::size_t room =
         members != nullptr && member_max > 0 ? static_cast<std::size_t>(member_max) : 0;
-    std::string list = "[";
-    for (std::size_t i = 0; i < std::min(room, trunk.members.size()); ++i) {
+    const std::size_t count = std::min(room, trunk.members.size());
+    for (std::size_t i = 0; i < count; ++i) {
         members[i] = sdk::to_sdk(trunk.members[i]);
-        list += (i > 0 ? "," : "") + format_value(members[i]);
     }
-    return list + "]";
+    return {members, count};
+}
+
+int create_trunk_with_id(int unit, std::uint32_t flags, int tid)
+{
+    Call call(Layer::sdk, "bcm_trunk_create", unit, flags, tid);
+    return sdk::write(call, unit, [&](chip::Chip &chip) { return chip.trunks.create(tid, {}); });
 }
 
 } // namespace
@@ -34,6 +42,26 @@ extern "C" {
 void bcm_trunk_info_t_init(bcm_trunk_info_t *info)
 {
     sdk::clear_record(__func__, info);
+}
+
+void bcm_trunk_member_t_init(bcm_trunk_member_t *member)
+{
+    sdk::clear_record(__func__, member);
+}
+
+int bcm_trunk_create(int unit, uint32_t flags, int *tid)
+{
+    if ((flags & TRUNK_WITH_ID) != 0) {
+        return create_trunk_with_id(unit, flags, *tid);
+    }
+    Call call(Layer::sdk, __func__, unit, flags);
+    return sdk::write(call, unit, [&](chip::Chip &chip) {
+        Outcome outcome = chip.trunks.create({}, *tid);
+        if (outcome.ok()) {
+            call.out("tid", *tid);
+        }
+        return outcome;
+    });
 }
 
 int bcm_trunk_get(int unit, int tid, bcm_trunk_info_t *info, int member_max,
@@ -46,10 +74,9 @@ int bcm_trunk_get(int unit, int tid, bcm_trunk_info_t *info, int member_max,
         if (outcome.ok()) {
             *info = sdk::to_sdk(trunk);
             *member_count = static_cast<int>(trunk.members.size());
-            const std::string list = copy_members(trunk, members, member_max);
             call.out("info", *info);
             call.out("count", *member_count);
-            call.out("members", Word{list});
+            call.out("members", copy_members(trunk, members, member_max));
         }
         return outcome;
     });

@@ -11,6 +11,11 @@ using namespace simswitch;
 
 extern "C" {
 
+void bcm_vlan_action_set_t_init(bcm_vlan_action_set_t *action)
+{
+    sdk::clear_record(__func__, action);
+}
+
 int bcm_vlan_create(int unit, bcm_vlan_t vlan)
 {
     Call call(Layer::sdk, __func__, unit, vlan);

@@ -8,6 +8,7 @@
 #include "rtifhal_types.h"
 #include "switch.h"
 
+#include <fwmpd/l3_cache.h>
 #include <l3lif/l3lif_layer.h>
 
 #include <cstring>
@@ -33,6 +34,12 @@ l3lif *Directory::find(std::uint32_t ifindex) const
 {
     const auto found = lifs_.find(ifindex);
     return found == lifs_.end() ? nullptr : found->second;
+}
+
+bool Directory::has_subinterfaces(std::uint32_t ifindex) const
+{
+    const l3lif *lif = find(ifindex);
+    return lif != nullptr && lif->subint_tree != nullptr && lif->subint_tree->count != 0;
 }
 
 std::vector<l3lif *> Directory::all() const
@@ -99,6 +106,12 @@ int l3lif_get_iif_for_ifindex_new(uint32_t ifindex, l3lif_iif_info_t *info)
         call.out("l3iif", *iif);
         return {};
     });
+}
+
+int rtifhal_if_has_si(uint32_t ifindex)
+{
+    Call call(Layer::service, __func__, ifindex);
+    return call.run([&] { return Switch::current().directory.has_subinterfaces(ifindex) ? 1 : 0; });
 }
 
 int l3lif_update_sdb_for_intf(struct l3lif *l3lif)

@@ -3,7 +3,7 @@
  * has registered, and which of them are ready to forward.
  *
  * Whoever plays that layer registers its records here. The platform's
- * functions of l3lif/l3lif_layer.h read them. The layer's data block
+ * functions of l3lif/l3lif_layer.h and rtifhal_if_has_si read them. The layer's data block
  * l3lif_global_data is zeroed with each new switch.
  */
 #pragma once
@@ -38,6 +38,8 @@ public:
     void clear() { *this = {}; }
     /** The record of an ifindex, or null. */
     l3lif *find(std::uint32_t ifindex) const;
+    /** Whether the registered record of a main interface has subinterfaces. */
+    bool has_subinterfaces(std::uint32_t ifindex) const;
     /** All records, in the order of their ifindex. */
     std::vector<l3lif *> all() const;
 

@@ -180,6 +180,13 @@ bool is_main(std::uint32_t ifindex, Kind kind)
     return read && read->kind == kind && read->sub == 0;
 }
 
+/** Subinterfaces count: their frames go over the port-channel's members. */
+bool is_on_port_channel(std::uint32_t ifindex)
+{
+    const auto read = parts(ifindex);
+    return read && read->kind == Kind::port_channel;
+}
+
 } // namespace
 
 } // namespace simswitch::if_index
@@ -219,8 +226,7 @@ int if_index_get_port(uint32_t ifindex, uint8_t *port)
 int if_index_is_eth_port_channel_intf(uint32_t ifindex)
 {
     Call call(Layer::service, __func__, ifindex);
-    return call.run(
-        [&] { return if_index::is_main(ifindex, if_index::Kind::port_channel) ? 1 : 0; });
+    return call.run([&] { return if_index::is_on_port_channel(ifindex) ? 1 : 0; });
 }
 
 int if_index_is_sub_intf(uint32_t ifindex)
@@ -248,13 +254,19 @@ int if_index_port_channel_get_channel_num(uint32_t ifindex, uint16_t *number)
 {
     Call call(Layer::service, __func__, ifindex);
     return call.run([&] {
-        if (!if_index::is_main(ifindex, if_index::Kind::port_channel)) {
+        if (!if_index::is_on_port_channel(ifindex)) {
             return 1;
         }
         *number = static_cast<uint16_t>(if_index::parts(ifindex)->number);
         call.out("number", *number);
         return 0;
     });
+}
+
+uint32_t if_index_get_mainintf_from_subintf(uint32_t ifindex)
+{
+    Call call(Layer::service, __func__, ifindex);
+    return call.run_word([&] { return if_index::main_interface(ifindex); });
 }
 
 char *snprintf_if_index(char *buffer, size_t size, uint32_t ifindex)

@@ -26,7 +26,7 @@ typedef struct fwm_pc_sdb_value {
 /**
  * Looks a port-channel's trunk id up.
  *
- * @param ifindex  the port-channel
+ * @param ifindex  the port-channel, or its subinterface
  * @param tid      receives the trunk id; left alone when it isn't known
  * @return 0; nonzero when the port-channel isn't known
  */
@@ -36,7 +36,7 @@ int fwm_ifindex_2_tid(uint32_t ifindex, uint32_t *tid);
  * Files a port-channel's trunk id, so that fwm_ifindex_2_tid finds it.
  *
  * @param key    the trunk id, 16 bits
- * @param value  the port-channel and its trunk id
+ * @param value  the port-channel, or its subinterface, and the trunk id
  * @return 0; the library doesn't look at it
  */
 int fwm_pc_sdb_store(const uint16_t *key, const fwm_pc_sdb_value_t *value);

@@ -170,11 +170,11 @@ int fwmpd_bcm_vlan_control_port_set(int unit, int port, int control, int value);
  * @param unit        SDK unit
  * @param gport       module port, or trunk
  * @param key_type    8: port and outer VLAN
- * @param outer_vlan  outer VLAN of the key
+ * @param outer_vlan  outer VLAN of the key, 0 to 4095
  * @param inner_vlan  inner VLAN of the key; the library passes 65535, any
  * @param action      what the entry does, left as it is
- * @return 0; -4 for an argument out of range; -6 when the table is full; -8
- *         when the key exists
+ * @return 0; negative on failure, -4 for an argument out of range. A key that
+ *         exists or a full table may show only when the queue is flushed.
  */
 int fwmpd_bcm_vlan_translate_action_add(int unit, bcm_gport_t gport, int key_type, int outer_vlan,
                                         int inner_vlan, bcm_vlan_action_set_t *action);
@@ -185,10 +185,11 @@ int fwmpd_bcm_vlan_translate_action_add(int unit, bcm_gport_t gport, int key_typ
  * @param unit        SDK unit
  * @param gport       module port, or trunk
  * @param key_type    8: port and outer VLAN
- * @param outer_vlan  outer VLAN of the key
+ * @param outer_vlan  outer VLAN of the key, 0 to 4095
  * @param inner_vlan  the library passes 0 here, which has to find the entry
  *                    that was added with 65535
- * @return 0; -4 for an argument out of range; -7 when there is no such entry
+ * @return 0; negative on failure, -4 for an argument out of range. A missing
+ *         entry may show only when the queue is flushed.
  */
 int fwmpd_bcm_vlan_translate_action_delete(int unit, bcm_gport_t gport, int key_type,
                                            int outer_vlan, int inner_vlan);
@@ -200,8 +201,9 @@ int fwmpd_bcm_vlan_translate_action_delete(int unit, bcm_gport_t gport, int key_
  * @param tid      trunk id
  * @param info     the properties, left as they are
  * @param count    number of members, 0 to 32
- * @param members  the members
- * @return 0; negative on failure, -4 for an argument out of range
+ * @param members  the members, in the place of those that the trunk has
+ * @return 0; negative on failure: -4 for an argument out of range, -7 when
+ *         there is no such trunk
  */
 int fwmpd_bcm_trunk_set(int unit, int tid, bcm_trunk_info_t *info, int count,
                         bcm_trunk_member_t *members);

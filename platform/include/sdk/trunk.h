@@ -49,10 +49,12 @@ void bcm_trunk_member_t_init(bcm_trunk_member_t *member);
  * Creates a trunk without members, at once.
  *
  * @param unit   SDK unit
- * @param flags  16: the id is the caller's
- * @param tid    the trunk id, 0 to 127 on a Trident and a Trident2 as they come
+ * @param flags  16: the id is the caller's; else the SDK chooses it
+ * @param tid    the trunk id, 0 to 65535; receives the one that the SDK chose
+ *               and is left alone on failure
  * @return 0; -8 when the trunk exists; -4 for an id out of range; -6 when the
- *         table is full
+ *         table is full, which has room for 128 trunks on a Trident and for
+ *         1024 on a Trident2, whatever their ids
  */
 int bcm_trunk_create(int unit, uint32_t flags, int *tid);
 

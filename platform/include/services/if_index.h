@@ -49,9 +49,9 @@ int if_index_is_tunnel_intf(uint32_t ifindex);
 /**
  * Tells a port-channel's channel number.
  *
- * @param ifindex  the port-channel
+ * @param ifindex  the port-channel, or its subinterface
  * @param number   receives the number; left alone on failure
- * @return 0; nonzero for what isn't a port-channel; the library doesn't look at it
+ * @return 0; nonzero for what isn't on a port-channel; the library doesn't look at it
  */
 int if_index_port_channel_get_channel_num(uint32_t ifindex, uint16_t *number);
 
