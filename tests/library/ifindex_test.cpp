@@ -137,6 +137,25 @@ TEST_F(TrunkOfIfindex, KnownPortChannelHasTheForwardingManagersTrunk)
                            text("rc = {} ifindex = {:x} tid = {} \n", ifindex, 0, 7))});
 }
 
+TEST_F(TrunkOfIfindex, SubinterfaceHasItsPortChannelsTrunk)
+{
+    sw.host.set_trunk_id(if_index::port_channel(41), 7);
+    const std::uint32_t ifindex = if_index::port_channel_sub(41, 1);
+    std::uint32_t tid = UNTOUCHED;
+    EXPECT_EQ(fwmpd_ifindex_to_bcm_tid(ifindex, &tid), 0);
+    EXPECT_EQ(tid, 7U);
+    expect_calls({fmt::format("if_index_is_eth_port_channel_intf({:#x}) = 1", ifindex),
+                  fmt::format("fwm_ifindex_2_tid({:#x}) = 0 [tid=7]", ifindex)});
+}
+
+TEST_F(TrunkOfIfindex, SubinterfaceOfAnUnknownPortChannelFilesItsTrunk)
+{
+    std::uint32_t tid = UNTOUCHED;
+    EXPECT_EQ(fwmpd_ifindex_to_bcm_tid(if_index::port_channel_sub(41, 1), &tid), 0);
+    EXPECT_EQ(tid, 42U);
+    EXPECT_EQ(sw.host.trunk_id(if_index::port_channel(41)), 42U);
+}
+
 TEST_F(TrunkOfIfindex, UnknownPortChannelGetsItsNumberPlusOneFiledAndReported)
 {
     const std::uint32_t ifindex = if_index::port_channel(41);
@@ -201,7 +220,7 @@ TEST_F(TrunkOfIfindex, RefusedFilingIsNotLookedAt)
 TEST_F(TrunkOfIfindex, WhatIsNoPortChannelHasNoTrunk)
 {
     for (const std::uint32_t ifindex : {if_index::port(4), if_index::svi(41), if_index::tunnel(41),
-                                        if_index::port_channel_sub(41, 1)}) {
+                                        if_index::port_sub(4, 1)}) {
         start();
         std::uint32_t tid = UNTOUCHED;
         EXPECT_EQ(fwmpd_ifindex_to_bcm_tid(ifindex, &tid), -1);

@@ -1,8 +1,9 @@
 /*
- * chip_translation_test.cpp: VLAN translations and trunks.
+ * chip_translation_test.cpp: VLAN translations, trunks, and the look-up over
+ * both.
  */
-#include "chip/trunks.h"
-#include "chip/vlan_translations.h"
+#include "chip/chip.h"
+#include "chip/translation_lookup.h"
 #include "outcome_matchers.h"
 
 namespace simswitch::chip
@@ -57,6 +58,10 @@ TEST(VlanTranslations, SizeAndRangeAreKept)
     VlanTranslations translations(1);
     EXPECT_THAT(translations.create(key(4096, 0), {}),
                 Refused(-4, "outer VLAN 4096 is not in 0..4095"));
+    EXPECT_THAT(translations.create(key(4095, 4096), {}),
+                Refused(-4, "inner VLAN 4096 is not in 0..4095"));
+    EXPECT_THAT(translations.create({.gport = 5, .outer_vlan = 1}, {}),
+                Refused(-4, "generic port 0x5 is neither a module port nor a trunk"));
     translations.create(key(1, 0), {});
     EXPECT_THAT(translations.create(key(2, 0), {}),
                 Refused(-6, "VLAN translation table full: 1 of 1"));
@@ -66,9 +71,9 @@ TEST(GenericPorts, KindStandsInTheHighBits)
 {
     EXPECT_EQ(module_port(0, 5), 0x8000005);
     EXPECT_EQ(module_port(1, 5), 0x8000805);
-    EXPECT_EQ(module_port(0, 5) >> 26, 2);
+    EXPECT_EQ(gport_kind(module_port(0, 5)), GPORT_MODULE_PORT);
     EXPECT_EQ(trunk_gport(42), 0xc00002a);
-    EXPECT_EQ(trunk_gport(42) >> 26, 3);
+    EXPECT_EQ(gport_kind(trunk_gport(42)), GPORT_TRUNK);
 }
 
 TEST(Trunks, MembersComeAndGo)
@@ -109,6 +114,66 @@ TEST(Trunks, Refusals)
     trunks.add_member(42, {.gport = 7});
     EXPECT_THAT(trunks.add_member(42, {.gport = 7}),
                 Refused(-8, "trunk 42 has member 0x7 already"));
+}
+
+namespace
+{
+
+/** Ports 5 and 6 are in trunk 42. */
+struct TranslationLookup : testing::Test {
+    TranslationLookup()
+    {
+        chip.trunks.create(
+            42, {.members = {{.gport = module_port(0, 5)}, {.gport = module_port(0, 6)}}});
+    }
+
+    TranslationKey add(int gport, int outer, int ingress_if)
+    {
+        const TranslationKey added{gport, KEY_TYPE_PORT_OUTER, outer, ANY_INNER_VLAN};
+        chip.vlan_translations.create(added, {.new_outer_vlan = 4094, .ingress_if = ingress_if});
+        return added;
+    }
+
+    Chip chip;
+};
+
+} // namespace
+
+TEST_F(TranslationLookup, TrunksEntryHoldsForEachMember)
+{
+    const TranslationKey added = add(trunk_gport(42), 100, 3);
+    for (const int port : {5, 6}) {
+        const auto found = find_translation(chip, port, 100);
+        ASSERT_TRUE(found);
+        EXPECT_EQ(found->key, added);
+        EXPECT_EQ(found->action.ingress_if, 3);
+    }
+    EXPECT_FALSE(find_translation(chip, 7, 100)) << "port 7 is in no trunk";
+    EXPECT_FALSE(find_translation(chip, 5, 101));
+}
+
+TEST_F(TranslationLookup, PortsOwnEntryGoesBeforeTheTrunks)
+{
+    add(trunk_gport(42), 100, 3);
+    const TranslationKey own = add(module_port(0, 5), 100, 4);
+    EXPECT_EQ(find_translation(chip, 5, 100)->key, own);
+    EXPECT_EQ(find_translation(chip, 6, 100)->action.ingress_if, 3);
+}
+
+TEST_F(TranslationLookup, MemberThatLeftTheTrunkLosesItsTranslation)
+{
+    add(trunk_gport(42), 100, 3);
+    chip.trunks.remove_member(42, module_port(0, 5));
+    EXPECT_FALSE(find_translation(chip, 5, 100));
+    EXPECT_TRUE(find_translation(chip, 6, 100));
+}
+
+TEST_F(TranslationLookup, PortInTwoTrunksCountsToTheLowest)
+{
+    chip.trunks.create(7, {.members = {{.gport = module_port(0, 5)}}});
+    EXPECT_EQ(chip.trunks.trunk_of(module_port(0, 5)), 7);
+    EXPECT_EQ(chip.trunks.trunk_of(module_port(0, 6)), 42);
+    EXPECT_EQ(chip.trunks.trunk_of(module_port(0, 8)), std::nullopt);
 }
 
 } // namespace simswitch::chip

@@ -7,6 +7,7 @@
 #include "switch.h"
 
 #include <fwm/state.h>
+#include <fwmpd/l3_cache.h>
 #include <l3lif/l3lif_layer.h>
 
 #include <cstring>
@@ -112,6 +113,18 @@ TEST_F(DirectoryTest, RefusalLeavesTheAnswerAlone)
     info.l3iif = 88;
     EXPECT_NE(l3lif_get_iif_for_ifindex_new(5, &info), 0);
     EXPECT_EQ(info.l3iif, 88U);
+}
+
+TEST_F(DirectoryTest, InterfaceHasSubinterfacesWhileItsTreeHasEntries)
+{
+    EXPECT_EQ(rtifhal_if_has_si(lif.ifindex), 0);
+    avl_tree_t tree{};
+    lif.subint_tree = &tree;
+    EXPECT_EQ(rtifhal_if_has_si(lif.ifindex), 0);
+    tree.count = 1;
+    EXPECT_EQ(rtifhal_if_has_si(lif.ifindex), 1);
+    EXPECT_EQ(rtifhal_if_has_si(5), 0);
+    EXPECT_EQ(sw.journal.calls()[2], "rtifhal_if_has_si(0x10000000) = 1");
 }
 
 TEST_F(DirectoryTest, PublishedInterfacesAreNoted)

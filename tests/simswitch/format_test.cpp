@@ -174,6 +174,16 @@ TEST(Format, VlanRecords)
     EXPECT_EQ(format_value(block), "{kmc={} umc={0,5} uuc={6} bc={7}}");
 }
 
+TEST(Format, TranslationAction)
+{
+    bcm_vlan_action_set_t action{};
+    action.new_outer_vlan = 4094;
+    action.ingress_if = 5;
+    action.ot_outer = 2;
+    action.dt_outer = 1;
+    EXPECT_EQ(format_value(&action), "{vlan=4094 iif=5 ot_outer=2 dt_outer=1}");
+}
+
 TEST(Format, TrunkRecords)
 {
     bcm_trunk_info_t info{};
@@ -185,6 +195,10 @@ TEST(Format, TrunkRecords)
     bcm_trunk_member_t member{};
     member.gport = 0x8000005;
     EXPECT_EQ(format_value(member), "{flags=0x0 gport=0x8000005}");
+    const std::array members = {member, member};
+    EXPECT_EQ(format_value(std::span<const bcm_trunk_member_t>(members)),
+              "[{flags=0x0 gport=0x8000005},{flags=0x0 gport=0x8000005}]");
+    EXPECT_EQ(format_value(std::span<const bcm_trunk_member_t>()), "[]");
     fwm_pc_sdb_value_t value{.ifindex = 0x20029000, .tid = 42};
     EXPECT_EQ(format_value(&value), "{ifindex=0x20029000 tid=42}");
 }

@@ -48,6 +48,21 @@ TEST_F(HostTest, FiledTrunkIsFound)
     EXPECT_EQ(fwm_ifindex_2_tid(0x20029000, &tid), 1);
 }
 
+TEST_F(HostTest, SubinterfaceHasThePortChannelsTrunk)
+{
+    std::uint32_t tid = 0;
+    sw.host.set_trunk_id(0x20029000, 7);
+    EXPECT_EQ(fwm_ifindex_2_tid(0x2002900a, &tid), 0);
+    EXPECT_EQ(tid, 7U);
+    const std::uint16_t key = 42;
+    const fwm_pc_sdb_value_t value{.ifindex = 0x2002900a, .tid = 42};
+    fwm_pc_sdb_store(&key, &value);
+    EXPECT_EQ(fwm_ifindex_2_tid(0x20029000, &tid), 0);
+    EXPECT_EQ(tid, 42U);
+    sw.host.forget_trunk_id(0x2002900a);
+    EXPECT_EQ(fwm_ifindex_2_tid(0x20029000, &tid), 1);
+}
+
 TEST_F(HostTest, ErrorsHaveTexts)
 {
     EXPECT_STREQ(fwm_syserr2str(0), "success");

@@ -82,7 +82,7 @@ TEST_F(IfIndex, PortChannelAndItsSubinterface)
     EXPECT_EQ(ask(if_index::port_channel(7)),
               (Answers{.type = 22, .port_channel = true, .name = "port-channel7"}));
     EXPECT_EQ(ask(if_index::port_channel_sub(7, 10)),
-              (Answers{.type = 22, .sub = true, .name = "port-channel7.10"}));
+              (Answers{.type = 22, .port_channel = true, .sub = true, .name = "port-channel7.10"}));
 }
 
 TEST_F(IfIndex, OtherKinds)
@@ -117,6 +117,10 @@ TEST_F(IfIndex, ChannelNumberIsReadBack)
         EXPECT_EQ(if_index_port_channel_get_channel_num(if_index::port_channel(channel), &number),
                   0);
         EXPECT_EQ(number, channel);
+        number = 1;
+        const std::uint32_t sub = if_index::port_channel_sub(channel, 4095);
+        EXPECT_EQ(if_index_port_channel_get_channel_num(sub, &number), 0);
+        EXPECT_EQ(number, channel);
     }
 }
 
@@ -138,6 +142,19 @@ TEST_F(IfIndex, MainInterfaceOfASubinterface)
               if_index::port_channel(9));
     EXPECT_EQ(if_index::main_interface(if_index::svi(8)), if_index::svi(8));
     EXPECT_EQ(if_index::main_interface(0), 0U);
+}
+
+TEST_F(IfIndex, MainInterfaceIsAWordOfBitsInTheJournal)
+{
+    EXPECT_EQ(if_index_get_mainintf_from_subintf(if_index::port_sub(0, 10)), if_index::port(0));
+    EXPECT_EQ(if_index_get_mainintf_from_subintf(if_index::port_channel(7)),
+              if_index::port_channel(7));
+    sw.journal.arm({.function = "if_index_get_mainintf_from_subintf", .code = 0x20});
+    EXPECT_EQ(if_index_get_mainintf_from_subintf(if_index::port_sub(0, 10)), 0x20U);
+    EXPECT_THAT(sw.journal.calls(),
+                ElementsAre("if_index_get_mainintf_from_subintf(0x1000000a) = 0x10000000",
+                            "if_index_get_mainintf_from_subintf(0x20007000) = 0x20007000",
+                            "if_index_get_mainintf_from_subintf(0x1000000a) = 0x20"));
 }
 
 TEST_F(IfIndex, NumberOutOfRangeIsRefusedInWords)

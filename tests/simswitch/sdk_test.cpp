@@ -59,17 +59,26 @@ TEST_F(Sdk, InitFunctionsClearAndTakeNoArguments)
     bcm_l3_intf_t intf;
     bcm_vlan_control_vlan_t control;
     bcm_trunk_info_t info;
+    bcm_trunk_member_t member;
+    bcm_vlan_action_set_t action;
     intf.l3a_intf_id = 7;
     control.reserved[32] = 7;
     info.psc = 7;
+    member.gport = 7;
+    action.ot_outer = 7;
     bcm_l3_intf_t_init(&intf);
     bcm_vlan_control_vlan_t_init(&control);
     bcm_trunk_info_t_init(&info);
+    bcm_trunk_member_t_init(&member);
+    bcm_vlan_action_set_t_init(&action);
     EXPECT_EQ(intf.l3a_intf_id, 0);
     EXPECT_EQ(control.reserved[32], 0U);
     EXPECT_EQ(info.psc, 0);
+    EXPECT_EQ(member.gport, 0);
+    EXPECT_EQ(action.ot_outer, 0);
     EXPECT_EQ(host.journal.calls(), (Calls{"bcm_l3_intf_t_init()", "bcm_vlan_control_vlan_t_init()",
-                                           "bcm_trunk_info_t_init()"}));
+                                           "bcm_trunk_info_t_init()", "bcm_trunk_member_t_init()",
+                                           "bcm_vlan_action_set_t_init()"}));
 }
 
 TEST_F(Sdk, StationAddAndDelete)
@@ -222,6 +231,42 @@ TEST_F(Sdk, GroupsPortsAndSwitchControls)
     EXPECT_EQ(host.chip.ports.control(0, chip::PORT_CONTROL_IP4), 1);
     EXPECT_EQ(host.chip.ports.vlan_control(5, 2), 1);
     EXPECT_EQ(host.chip.switch_controls.get(232), 1);
+}
+
+TEST_F(Sdk, TrunkCreatedUnderTheCallersId)
+{
+    int tid = 8;
+    EXPECT_EQ(bcm_trunk_create(0, 16, &tid), 0);
+    EXPECT_EQ(bcm_trunk_create(0, 16, &tid), -8);
+    EXPECT_EQ(last_reason(), "trunk 8 exists already");
+    tid = 65536;
+    EXPECT_EQ(bcm_trunk_create(0, 16, &tid), -4);
+    EXPECT_EQ(host.journal.calls(),
+              (Calls{"bcm_trunk_create(0, 0x10, 8) = 0", "bcm_trunk_create(0, 0x10, 8) = -8",
+                     "bcm_trunk_create(0, 0x10, 65536) = -4"}));
+    EXPECT_TRUE(host.chip.trunks.find(8)->members.empty());
+    EXPECT_EQ(host.wrappers.chip_writes(), 1U);
+}
+
+TEST_F(Sdk, TrunkCreatedUnderTheLowestFreeId)
+{
+    host.chip.trunks.create(0, {});
+    int tid = 77;
+    EXPECT_EQ(bcm_trunk_create(0, 0, &tid), 0);
+    EXPECT_EQ(tid, 1);
+    EXPECT_EQ(host.journal.calls().back(), "bcm_trunk_create(0, 0x0) = 0 [tid=1]");
+}
+
+TEST_F(Sdk, TridentHasRoomFor128Trunks)
+{
+    for (int tid = 65408; tid <= 65535; ++tid) {
+        ASSERT_EQ(bcm_trunk_create(0, 16, &tid), 0);
+    }
+    int tid = 0;
+    EXPECT_EQ(bcm_trunk_create(0, 16, &tid), -6);
+    tid = 77;
+    EXPECT_EQ(bcm_trunk_create(0, 0, &tid), -6);
+    EXPECT_EQ(tid, 77);
 }
 
 TEST_F(Sdk, TrunkReadBack)

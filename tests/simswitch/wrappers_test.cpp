@@ -171,17 +171,18 @@ TEST_F(Queue, EveryWriteReachesItsTable)
     fwmpd_bcm_vlan_block_set(0, 1, &block);
     fwmpd_bcm_vlan_port_remove(0, 1, PORT_5);
     host.wrappers.set_port_vlan_control(5, 14, 8);
-    host.wrappers.add_translation({.gport = 1, .key_type = 8, .outer_vlan = 9}, {});
+    host.wrappers.add_translation({.gport = 0x8000001, .key_type = 8, .outer_vlan = 9}, {});
     EXPECT_EQ(fwmpd_trident_batch_flush(), 0);
     EXPECT_EQ(host.chip.vlans.find(1)->blocks.broadcast, chip::PortSet{5});
     EXPECT_FALSE(host.chip.vlans.find(1)->members.has(5));
-    EXPECT_THAT(chip::changes(before, chip::snapshot(host.chip)),
-                testing::IsSupersetOf({
-                    "+ STG 1: forwarding {0-104} blocking {200} listening {} learning {}",
-                    "+ port 5: untagged 4094 discard 1 controls vlan-controls 14=8",
-                    "+ VLAN translation gport 0x1 type 8 outer 9 inner 0: vlan 0 iif 0 outer-tag 0",
-                }));
-    host.wrappers.remove_translation({.gport = 1, .key_type = 8, .outer_vlan = 9});
+    EXPECT_THAT(
+        chip::changes(before, chip::snapshot(host.chip)),
+        testing::IsSupersetOf({
+            "+ STG 1: forwarding {0-104} blocking {200} listening {} learning {}",
+            "+ port 5: untagged 4094 discard 1 controls vlan-controls 14=8",
+            "+ VLAN translation gport 0x8000001 type 8 outer 9 inner 0: vlan 0 iif 0 outer-tag 0",
+        }));
+    host.wrappers.remove_translation({.gport = 0x8000001, .key_type = 8, .outer_vlan = 9});
     EXPECT_EQ(fwmpd_trident_batch_flush(), 0);
     EXPECT_EQ(host.chip.vlan_translations.size(), 0U);
 }
