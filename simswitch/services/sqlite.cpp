@@ -92,7 +92,7 @@ bool Statement::step()
     if (code != SQLITE_ROW && code != SQLITE_DONE) {
         const Error error = database_.error("can't be read or written");
         reset();
-        throw error;
+        throw Error(error);
     }
     return code == SQLITE_ROW;
 }

@@ -355,7 +355,8 @@ TEST_F(MultipathDefaultRoutes, RefusedRouteGoesToTheSystemLogAndTheOldSetStillGo
                                   "### ERROR ADDING DEF_ROUTE for ifindex 0x10000000 multipath 1 "
                                   "tmp_index 3 total_ecmp 4"});
     EXPECT_EQ(sdk_calls().back(), destroy(FIRST_ID + 2));
-    EXPECT_EQ(messages().at(messages().size() - 2).text, "route add  v4, 10000000 intf 200001, ret=-6\n");
+    EXPECT_EQ(messages().at(messages().size() - 2).text,
+              "route add  v4, 10000000 intf 200001, ret=-6\n");
 }
 
 TEST_F(MultipathDefaultRoutes, FewerNextHopsThanBeforeAreCountedAnew)

@@ -13,9 +13,11 @@
 #include <cstring>
 #include <sstream>
 
-namespace rtifhal_test {
+namespace rtifhal_test
+{
 
-namespace {
+namespace
+{
 
 std::string visible(const std::string &text)
 {
@@ -116,7 +118,10 @@ void LibraryTest::start()
     sw.heap.tracking = true;
 }
 
-std::vector<std::string> LibraryTest::calls() const { return sw.journal.calls(); }
+std::vector<std::string> LibraryTest::calls() const
+{
+    return sw.journal.calls();
+}
 
 std::vector<std::string> LibraryTest::calls_of(const std::vector<std::string> &functions) const
 {
@@ -138,7 +143,10 @@ std::vector<Message> LibraryTest::messages() const
     return seen;
 }
 
-std::vector<Message> LibraryTest::reports() const { return of_level(messages(), 102); }
+std::vector<Message> LibraryTest::reports() const
+{
+    return of_level(messages(), 102);
+}
 
 void LibraryTest::expect_calls(const std::vector<std::string> &expected) const
 {

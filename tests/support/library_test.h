@@ -16,7 +16,8 @@
 #include <string>
 #include <vector>
 
-namespace rtifhal_test {
+namespace rtifhal_test
+{
 
 using simswitch::chip::Kind;
 
@@ -44,7 +45,8 @@ void reset_library();
  * A test with a switch of its own. `start()` begins the stretch that calls(),
  * messages() and the expectations look at; it is also called by SetUp.
  */
-class LibraryTest : public ::testing::Test {
+class LibraryTest : public ::testing::Test
+{
 protected:
     explicit LibraryTest(simswitch::Options options = {});
 
@@ -76,7 +78,8 @@ protected:
 };
 
 /** The same on a Trident2. */
-class Trident2Test : public LibraryTest {
+class Trident2Test : public LibraryTest
+{
 protected:
     Trident2Test() : LibraryTest({.chip = Kind::trident2}) {}
 };

@@ -10,9 +10,11 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace rtifhal_test {
+namespace rtifhal_test
+{
 
-namespace {
+namespace
+{
 
 constexpr std::uint8_t DEFAULT_MAC[6] = {0x00, 0x11, 0x22, 0x33, 0x44, 0x55};
 
@@ -78,13 +80,25 @@ Lif &Lif::without_properties()
     return *this;
 }
 
-std::string Lif::text() const { return fmt::format("lif({})", index()); }
+std::string Lif::text() const
+{
+    return fmt::format("lif({})", index());
+}
 
-std::string Lif::index() const { return fmt::format("{:#x}", lif.ifindex); }
+std::string Lif::index() const
+{
+    return fmt::format("{:#x}", lif.ifindex);
+}
 
-std::string Lif::hex() const { return fmt::format("{:x}", lif.ifindex); }
+std::string Lif::hex() const
+{
+    return fmt::format("{:x}", lif.ifindex);
+}
 
-std::string Lif::decimal() const { return fmt::format("{}", static_cast<int>(lif.ifindex)); }
+std::string Lif::decimal() const
+{
+    return fmt::format("{}", static_cast<int>(lif.ifindex));
+}
 
 std::unique_ptr<Lif> port(unsigned sdk_port)
 {

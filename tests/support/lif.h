@@ -3,14 +3,15 @@
  */
 #pragma once
 
-#include "services/ifindex.h"
 #include "rtifhal_types.h"
+#include "services/ifindex.h"
 
 #include <cstdint>
 #include <memory>
 #include <string>
 
-namespace rtifhal_test {
+namespace rtifhal_test
+{
 
 /**
  * A routed interface with its properties, as the layer above hands it in. The
@@ -23,7 +24,8 @@ struct Lif {
     Lif(const Lif &) = delete;
     Lif &operator=(const Lif &) = delete;
 
-    /** Gives it a context and record with that live id, on the heap, as an add would have left them. */
+    /** Gives it a context and record with that live id, on the heap, as an add would have left
+     * them. */
     Lif &with_record(std::uint16_t l3intf_id);
     /** Gives it a context and record as a delete without destroy would have left them. */
     Lif &with_parked(std::uint16_t prev_l3_if_index);
@@ -35,7 +37,10 @@ struct Lif {
     /** The record to hand in. */
     l3lif *get() { return &lif; }
     /** Its hardware state, null where it has none. */
-    struct l3_pd *record() { return lif.l3lif_pd_ctxt != nullptr ? lif.l3lif_pd_ctxt->l3_pd : nullptr; }
+    struct l3_pd *record()
+    {
+        return lif.l3lif_pd_ctxt != nullptr ? lif.l3lif_pd_ctxt->l3_pd : nullptr;
+    }
     /** "lif(0x…)", as the journal prints it. */
     std::string text() const;
     /** "0x…", as the journal prints its ifindex. */

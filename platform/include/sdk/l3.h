@@ -16,14 +16,14 @@ extern "C" {
 
 /** An L3 interface: what routed frames get on their way out. */
 typedef struct bcm_l3_intf {
-    uint32_t l3a_flags;  /**< 0x40: the id is the caller's; 0x100: replace an object of this id */
-    int l3a_vrf;         /**< VRF */
-    int l3a_intf_id;     /**< the interface's number in the chip */
+    uint32_t l3a_flags; /**< 0x40: the id is the caller's; 0x100: replace an object of this id */
+    int l3a_vrf;        /**< VRF */
+    int l3a_intf_id;    /**< the interface's number in the chip */
     bcm_mac_t l3a_mac_addr; /**< source MAC of routed frames */
-    bcm_vlan_t l3a_vid;  /**< VLAN on which routed frames leave, 0 to 4095 */
-    int l3a_ttl;         /**< lowest TTL that may pass, 0 for no check */
-    int l3a_mtu;         /**< largest L3 packet in bytes */
-    int l3a_tunnel_idx;  /**< tunnel initiator bound to the interface, 0 for none */
+    bcm_vlan_t l3a_vid;     /**< VLAN on which routed frames leave, 0 to 4095 */
+    int l3a_ttl;            /**< lowest TTL that may pass, 0 for no check */
+    int l3a_mtu;            /**< largest L3 packet in bytes */
+    int l3a_tunnel_idx;     /**< tunnel initiator bound to the interface, 0 for none */
 } bcm_l3_intf_t;
 
 /** An L3 ingress object: what the chip knows of a packet that came in on an interface. */

@@ -12,14 +12,14 @@ extern "C" {
 
 /** The properties of a trunk. */
 typedef struct bcm_trunk_info {
-    uint32_t flags;     /**< the SDK's trunk flags */
-    int psc;            /**< port selection criterion: what the member choice hashes */
-    int ipmc_psc;       /**< the same for multicast */
-    int dlf_index;      /**< member for unknown unicast, -1 for the SDK's choice */
-    int mc_index;       /**< member for multicast, -1 for the SDK's choice */
-    int ipmc_index;     /**< member for routed multicast, -1 for the SDK's choice */
-    int dynamic_size;   /**< flow table size, Trident2 only */
-    uint32_t reserved;  /**< the SDK's own */
+    uint32_t flags;    /**< the SDK's trunk flags */
+    int psc;           /**< port selection criterion: what the member choice hashes */
+    int ipmc_psc;      /**< the same for multicast */
+    int dlf_index;     /**< member for unknown unicast, -1 for the SDK's choice */
+    int mc_index;      /**< member for multicast, -1 for the SDK's choice */
+    int ipmc_index;    /**< member for routed multicast, -1 for the SDK's choice */
+    int dynamic_size;  /**< flow table size, Trident2 only */
+    uint32_t reserved; /**< the SDK's own */
 } bcm_trunk_info_t;
 
 /** One member of a trunk. */

@@ -16,7 +16,8 @@ extern "C" {
 /** Interface numbers that are not free: in use, reserved or held back. */
 extern RTIFHAL_EXPORT l3iif_bitmap_t l3lif_l3iif_table;
 
-/** Interface numbers held back: given up by a destroyed interface, reused when nothing else is left. */
+/** Interface numbers held back: given up by a destroyed interface, reused when nothing else is
+ * left. */
 extern RTIFHAL_EXPORT l3iif_bitmap_t l3lif_l3iif_table_preserve;
 
 /** 0 until the tables are set up, then 1. */

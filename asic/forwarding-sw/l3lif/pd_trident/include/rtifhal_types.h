@@ -44,9 +44,9 @@ struct l3lif_pi_ctxt {
  * brcm_prog_complete is nonzero, else l3intf_id.
  */
 struct l3_pd {
-    uint32_t brcm_prog_complete;    /**< 1 once the hardware interface is gone and the record kept */
-    uint16_t l3intf_id;             /**< live number in the chip; 0 when the object is gone */
-    uint16_t prev_l3_if_index;      /**< number parked for a later re-add; 0 while it lives */
+    uint32_t brcm_prog_complete; /**< 1 once the hardware interface is gone and the record kept */
+    uint16_t l3intf_id;          /**< live number in the chip; 0 when the object is gone */
+    uint16_t prev_l3_if_index;   /**< number parked for a later re-add; 0 while it lives */
     uint16_t acl_qos_label_ingress; /**< ACL and QoS class label */
 };
 
@@ -58,24 +58,24 @@ struct l3lif_pd_ctxt {
 
 /** A routed interface, owned by the layer above. */
 struct l3lif {
-    uint32_t ifindex;            /**< interface index */
-    uint32_t lif_state;          /**< progress of the hardware programming, see above */
-    uint8_t mac[6];              /**< interface MAC, network order */
-    uint16_t int_vlan;           /**< internal VLAN, 0 unset */
-    uint16_t vlan;               /**< own VLAN of an SVI */
-    uint16_t si_encap_vlan;      /**< 802.1Q VLAN of a subinterface, or an SVI's VLAN; 0 on ports */
-    uint32_t tid;                /**< trunk id of the port-channel under a subinterface */
-    avl_tree_t *subint_tree;     /**< subinterfaces, payload l3lif; may be null */
-    avl_tree_t *pc_member_tree;  /**< members of a port-channel, payload starts with the ifindex */
-    struct l3lif *main_l3lif;    /**< main interface of a subinterface; null on a main one */
+    uint32_t ifindex;           /**< interface index */
+    uint32_t lif_state;         /**< progress of the hardware programming, see above */
+    uint8_t mac[6];             /**< interface MAC, network order */
+    uint16_t int_vlan;          /**< internal VLAN, 0 unset */
+    uint16_t vlan;              /**< own VLAN of an SVI */
+    uint16_t si_encap_vlan;     /**< 802.1Q VLAN of a subinterface, or an SVI's VLAN; 0 on ports */
+    uint32_t tid;               /**< trunk id of the port-channel under a subinterface */
+    avl_tree_t *subint_tree;    /**< subinterfaces, payload l3lif; may be null */
+    avl_tree_t *pc_member_tree; /**< members of a port-channel, payload starts with the ifindex */
+    struct l3lif *main_l3lif;   /**< main interface of a subinterface; null on a main one */
     struct l3lif_pi_ctxt *l3lif_pi_ctxt; /**< properties; may be null */
     struct l3lif_pd_ctxt *l3lif_pd_ctxt; /**< context; null until the object is first created */
 };
 
 /** A bitmap of interface numbers: number n is byte n / 8 under mask 0x80 >> (n % 8). */
 typedef struct l3iif_bitmap {
-    uint32_t size;       /**< size in bytes: 1024 */
-    uint8_t bits[1024];  /**< 8192 bits */
+    uint32_t size;      /**< size in bytes: 1024 */
+    uint8_t bits[1024]; /**< 8192 bits */
 } l3iif_bitmap_t;
 
 /** The VLANs of a port: VLAN v is byte v / 8 under mask 0x80 >> (v % 8). */
@@ -105,19 +105,19 @@ SDK_STATIC_ASSERT(sizeof(def_route_path_t) == 92, "saved paths are 92 bytes");
 
 /** One saved default route. */
 typedef struct def_route_rec {
-    uint32_t family; /**< 0 IPv4, else IPv6 */
-    uint32_t vrf;    /**< VRF */
-    uint32_t paths;  /**< number of paths in use */
+    uint32_t family;                                /**< 0 IPv4, else IPv6 */
+    uint32_t vrf;                                   /**< VRF */
+    uint32_t paths;                                 /**< number of paths in use */
     def_route_path_t path[RTIFHAL_DEF_ROUTE_PATHS]; /**< the paths */
 } def_route_rec_t;
 SDK_STATIC_ASSERT(sizeof(def_route_rec_t) == 5900, "saved routes are 5900 bytes");
 
 /** What the chip holds for one default route. */
 typedef struct def_egress_set {
-    uint32_t in_use;      /**< 1 once an egress object has been made */
-    uint32_t is_ecmp;     /**< 1 when the next hop is a group */
-    uint32_t ecmp_id;     /**< the group, 0 for none */
-    int32_t egress_count; /**< entries of egress_ids in use */
+    uint32_t in_use;                              /**< 1 once an egress object has been made */
+    uint32_t is_ecmp;                             /**< 1 when the next hop is a group */
+    uint32_t ecmp_id;                             /**< the group, 0 for none */
+    int32_t egress_count;                         /**< entries of egress_ids in use */
     uint32_t egress_ids[RTIFHAL_DEF_ROUTE_PATHS]; /**< the next hops */
 } def_egress_set_t;
 

@@ -49,7 +49,10 @@ struct route_build {
     int ids[RTIFHAL_DEF_ROUTE_PATHS];
 };
 
-const char *family_of(const def_route_rec_t &route) { return route.family == 0 ? "v4" : "v6"; }
+const char *family_of(const def_route_rec_t &route)
+{
+    return route.family == 0 ? "v4" : "v6";
+}
 
 /** Paths that a route can hold, whatever its count says. */
 uint32_t usable_paths(const def_route_rec_t &route)
@@ -248,8 +251,8 @@ void rebuild_route(uint32_t index, uint32_t ifindex, int &last_code)
     build.route = &def_routes[index];
     build.set = &egresses[index];
     build.ifindex = ifindex;
-    const bool goes_on = build.route->paths < 2 ? build_single(build, last_code)
-                                                : build_multipath(build, last_code);
+    const bool goes_on =
+        build.route->paths < 2 ? build_single(build, last_code) : build_multipath(build, last_code);
     if (!goes_on) {
         return;
     }

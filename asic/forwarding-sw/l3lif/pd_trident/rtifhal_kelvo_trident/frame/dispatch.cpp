@@ -28,7 +28,7 @@ dispatch_kind kind_of(uint32_t ifindex, uint8_t type)
         return dispatch_kind::tunnel;
     }
     return if_index_is_physical_interface(ifindex) != 0 ? dispatch_kind::routed_port
-                                                         : dispatch_kind::none;
+                                                        : dispatch_kind::none;
 }
 
 /** Tells an interface's kind; gives the value of a failing if_index_get_type. */

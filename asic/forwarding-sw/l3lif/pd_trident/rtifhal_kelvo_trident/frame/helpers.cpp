@@ -9,7 +9,10 @@ int rtifhal_bcm_stk_my_modid_get(int unit, int *modid)
     return 0;
 }
 
-int rtifhal_get_qosmap_id(void) { return 0; }
+int rtifhal_get_qosmap_id(void)
+{
+    return 0;
+}
 
 int rtifhal_is_lif_deleted(const struct l3lif *l3lif)
 {

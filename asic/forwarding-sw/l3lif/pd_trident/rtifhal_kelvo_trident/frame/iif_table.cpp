@@ -27,7 +27,7 @@ namespace
 
 constexpr uint32_t TABLE_BYTES = 1024;
 constexpr int TABLE_NUMBERS = 8192;
-constexpr int TABLE_WORDS = 256;
+constexpr size_t TABLE_WORDS = 256;
 
 /** Where the held-back numbers stand in the global configuration. */
 constexpr int GLOBAL_CONFIG_PRESERVE = 44;
@@ -50,14 +50,20 @@ struct {
     uint8_t bits[512];
 } l3iif_spare_table;
 
-uint8_t mask_of(int number) { return static_cast<uint8_t>(0x80 >> (number % 8)); }
+uint8_t mask_of(int number)
+{
+    return static_cast<uint8_t>(0x80 >> (number % 8));
+}
 
 bool is_set(const l3iif_bitmap_t &table, int number)
 {
     return number >= 0 && number < TABLE_NUMBERS && (table.bits[number / 8] & mask_of(number)) != 0;
 }
 
-void set_bit(l3iif_bitmap_t &table, int number) { table.bits[number / 8] |= mask_of(number); }
+void set_bit(l3iif_bitmap_t &table, int number)
+{
+    table.bits[number / 8] |= mask_of(number);
+}
 
 void clear_bit(l3iif_bitmap_t &table, int number)
 {
@@ -74,13 +80,13 @@ void set_range(l3iif_bitmap_t &table, int first, int end)
 /** The lowest number whose bit is `wanted`, -1 if there is none; 32 numbers at a time. */
 int find_lowest(const l3iif_bitmap_t &table, bool wanted)
 {
-    for (int index = 0; index < TABLE_WORDS; ++index) {
+    for (size_t index = 0; index < TABLE_WORDS; ++index) {
         uint32_t word;
-        memcpy(&word, &table.bits[index * 4], sizeof word);
+        memcpy(&word, &table.bits[index * sizeof word], sizeof word);
         // The lowest number is the top bit of the first byte.
         word = __builtin_bswap32(wanted ? word : ~word);
         if (word != 0) {
-            return index * 32 + __builtin_clz(word);
+            return static_cast<int>(index) * 32 + __builtin_clz(word);
         }
     }
     return -1;
@@ -117,7 +123,10 @@ void init_port_tables()
 
 } // namespace
 
-bool is_iif_preserved(int iif) { return is_set(l3lif_l3iif_table_preserve, iif); }
+bool is_iif_preserved(int iif)
+{
+    return is_set(l3lif_l3iif_table_preserve, iif);
+}
 
 void take_preserved_iif(int iif)
 {

@@ -14,8 +14,7 @@
 #include <stdint.h>
 
 /** The source file that a trace point names: one for each of the two units. */
-inline constexpr char RTIFHAL_UNIT[] =
-    "asic/forwarding-sw/l3lif/pd_trident/rtifhal_kelvo_trident";
+inline constexpr char RTIFHAL_UNIT[] = "asic/forwarding-sw/l3lif/pd_trident/rtifhal_kelvo_trident";
 inline constexpr char RTIFHAL_UNIT_PSS[] =
     "asic/forwarding-sw/l3lif/pd_trident/rtifhal_kelvo_trident_pss";
 

@@ -36,8 +36,7 @@ int open_port(const struct l3lif *l3lif, int unit, int port, int id)
 {
     int rc = bcm_switch_control_set(unit, SWITCH_CONTROL_L3, 1);
     if (rc < 0) {
-        REPORT_OF(rtifhal_trident_l3port_add, "itf set (%d) failed: %s\n", id,
-                  rtifhal_errtext(rc));
+        REPORT_OF(rtifhal_trident_l3port_add, "itf set (%d) failed: %s\n", id, rtifhal_errtext(rc));
         return -1;
     }
     for (const int control : IP4_CONTROLS) {
@@ -67,8 +66,7 @@ int join_vlan(const struct l3lif *l3lif, int unit, int port, int id)
     }
     const int rc = fwmpd_bcm_port_untagged_vlan_set(unit, port, RTIFHAL_VLAN_ROUTED);
     if (rc < 0) {
-        REPORT_OF(rtifhal_trident_l3port_add, "itf set (%d) failed: %s\n", id,
-                  rtifhal_errtext(rc));
+        REPORT_OF(rtifhal_trident_l3port_add, "itf set (%d) failed: %s\n", id, rtifhal_errtext(rc));
         return -1;
     }
     return 0;
@@ -158,8 +156,7 @@ int rtifhal_trident_add_l3port(struct l3lif *l3lif, int create)
         rc = rtifhal_trident_add_egress(l3lif, 0, create);
     }
     if (rc != 0) {
-        REPORT("\n%s: L3LIF failed to add if: 0x%x, %d, %d\n", __func__, l3lif->ifindex, 0,
-               create);
+        REPORT("\n%s: L3LIF failed to add if: 0x%x, %d, %d\n", __func__, l3lif->ifindex, 0, create);
         return rc;
     }
     l3lif->lif_state = RTIFHAL_LIF_PROGRAMMED;

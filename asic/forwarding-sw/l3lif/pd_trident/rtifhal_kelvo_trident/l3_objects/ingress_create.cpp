@@ -72,8 +72,8 @@ int start_from_cache(int iif, bcm_l3_ingress_t &l3_iif)
     }
     l3_iif = *cached;
     l3_iif.flags = INGRESS_BASE_FLAGS;
-    TRACE_OF(rtifhal_l3_ing_create, "ipmc_intf_id = %x class %x flags = %x\n",
-             l3_iif.ipmc_intf_id, l3_iif.intf_class, l3_iif.flags);
+    TRACE_OF(rtifhal_l3_ing_create, "ipmc_intf_id = %x class %x flags = %x\n", l3_iif.ipmc_intf_id,
+             l3_iif.intf_class, l3_iif.flags);
     return 0;
 }
 
@@ -82,8 +82,9 @@ void fill_class(const struct l3lif *working, int iif, bcm_l3_ingress_t &l3_iif)
 {
     l3_iif.intf_class = static_cast<int>(rtifhal_get_class_id(working));
     l3_iif.qos_map_id = rtifhal_get_qosmap_id();
-    TRACE_OF(rtifhal_l3_ing_create, " rtifhal_bcm_l3_ing_create(%#x) iif %d, vrf %d rpf %d class %d\n",
-             working->ifindex, iif, l3_iif.vrf, l3_iif.urpf_mode, l3_iif.intf_class);
+    TRACE_OF(rtifhal_l3_ing_create,
+             " rtifhal_bcm_l3_ing_create(%#x) iif %d, vrf %d rpf %d class %d\n", working->ifindex,
+             iif, l3_iif.vrf, l3_iif.urpf_mode, l3_iif.intf_class);
     if (l3_iif.intf_class == 0) {
         TRACE_OF(rtifhal_l3_ing_create, " intf_clas(0) |= 64\n");
         l3_iif.intf_class |= static_cast<int>(CLASS_ALWAYS);
@@ -161,8 +162,8 @@ int number_of(const struct l3lif *working)
         TRACE_OF(rtifhal_l3_ing_create, "intf-id is 0. No l3-intf yet\n");
         return -1;
     }
-    TRACE_OF(rtifhal_l3_ing_create, "l3_if_index = 0x%x ipmc_intf_id = 0x%x iif = 0x%x\n", iif,
-             iif, iif);
+    TRACE_OF(rtifhal_l3_ing_create, "l3_if_index = 0x%x ipmc_intf_id = 0x%x iif = 0x%x\n", iif, iif,
+             iif);
     return iif;
 }
 

@@ -77,8 +77,7 @@ void fill_address(creation &step)
     }
     TRACE_OF(rtifhal_l3_intf_create, "create internal_vlan = %d si_encap_vlan = %d\n",
              working->int_vlan, working->si_encap_vlan);
-    step.object.l3a_vid =
-        working->si_encap_vlan != 0 ? working->si_encap_vlan : working->int_vlan;
+    step.object.l3a_vid = working->si_encap_vlan != 0 ? working->si_encap_vlan : working->int_vlan;
     step.object.l3a_vrf = DEFAULT_VRF;
     step.object.l3a_ttl = 0;
 }
@@ -88,8 +87,8 @@ void report_exhausted(const struct l3lif *working)
 {
     memset(exhausted_name, 0, sizeof exhausted_name);
     (void)snprintf_if_index(exhausted_name, sizeof exhausted_name, working->ifindex);
-    syslog(EXHAUSTED_PRIORITY,
-           "Interface %s has not been created ,hardware l3lif has exhausted \n", exhausted_name);
+    syslog(EXHAUSTED_PRIORITY, "Interface %s has not been created ,hardware l3lif has exhausted \n",
+           exhausted_name);
     REPORT_OF(rtifhal_l3_intf_create, "Failed to create l3iif for intf 0x%x\n", working->ifindex);
 }
 
@@ -120,8 +119,7 @@ int allocate_records(struct l3lif *working)
     TRACE_OF(rtifhal_l3_intf_create, "Allocating l3lif_pd_ctxt\n");
     auto *const context = static_cast<l3lif_pd_ctxt *>(malloc(sizeof(struct l3lif_pd_ctxt)));
     if (context == nullptr) {
-        REPORT_OF(rtifhal_l3_intf_create, "%s:Failed to allocate memory",
-                  "rtifhal_l3_intf_create");
+        REPORT_OF(rtifhal_l3_intf_create, "%s:Failed to allocate memory", "rtifhal_l3_intf_create");
         return -1;
     }
     *context = {};
@@ -176,9 +174,8 @@ void fill_properties(creation &step)
 int program(creation &step, bcm_l3_intf_t *object)
 {
     TRACE_OF(rtifhal_l3_intf_create,
-             " Calling bcm_l3_intf_create for %d intf-id %x, mtu %d, vrf %d\n",
-             step.object.l3a_vid, step.object.l3a_intf_id, step.object.l3a_mtu,
-             step.object.l3a_vrf);
+             " Calling bcm_l3_intf_create for %d intf-id %x, mtu %d, vrf %d\n", step.object.l3a_vid,
+             step.object.l3a_intf_id, step.object.l3a_mtu, step.object.l3a_vrf);
     const int rc = rtifhal_bcm_l3_intf_create(step.unit, &step.object);
     if (rc < 0) {
         REPORT_OF(rtifhal_l3_intf_create, "rtifhal_bcm_l3_intf_create(0x%x) failed: %s\n",

@@ -12,13 +12,25 @@ uint32_t l3_stg_allocated;
 namespace
 {
 
-uint8_t vlan_mask(uint16_t vlan) { return static_cast<uint8_t>(0x80 >> (vlan & 7)); }
+uint8_t vlan_mask(uint16_t vlan)
+{
+    return static_cast<uint8_t>(0x80 >> (vlan & 7));
+}
 
-bool has_vlan_bit(uint16_t vlan) { return vlan < VLAN_COUNT; }
+bool has_vlan_bit(uint16_t vlan)
+{
+    return vlan < VLAN_COUNT;
+}
 
-uint32_t port_mask(int port) { return 1U << (port % 32); }
+uint32_t port_mask(int port)
+{
+    return 1U << (port % 32);
+}
 
-bool is_in_pbmp_range(int port) { return port >= 0 && port < PORT_COUNT; }
+bool is_in_pbmp_range(int port)
+{
+    return port >= 0 && port < PORT_COUNT;
+}
 
 } // namespace
 
@@ -27,7 +39,10 @@ rtifhal_vlan_type_count_entry_t *find_vlan_uses(uint16_t vlan)
     return has_vlan_bit(vlan) ? &rtifhal_vlan_type_count[vlan] : nullptr;
 }
 
-bool has_port_vlan_entry(int port) { return port >= 0 && port < PORT_VLAN_ENTRIES; }
+bool has_port_vlan_entry(int port)
+{
+    return port >= 0 && port < PORT_VLAN_ENTRIES;
+}
 
 void set_port_vlan(int port, uint16_t vlan)
 {

@@ -53,13 +53,15 @@ void unblock_port(bcm_vlan_block_t &block, int port)
 }
 
 /** The chip has block masks for routed uses and SVIs only. */
-bool writes_masks(int type) { return type == USE_ROUTED || type == USE_SVI; }
+bool writes_masks(int type)
+{
+    return type == USE_ROUTED || type == USE_SVI;
+}
 
 int write_masks(const use_change &change)
 {
     if (fwmpd_bcm_vlan_block_set(change.unit, change.vlan, change.block) != 0) {
-        REPORT_OF(rtifhal_subintf_block_set, "bcm_vlan_block_set failed for vid %d\n",
-                  change.vlan);
+        REPORT_OF(rtifhal_subintf_block_set, "bcm_vlan_block_set failed for vid %d\n", change.vlan);
         return -1;
     }
     return 0;
@@ -102,8 +104,8 @@ int take_use_on(const use_change &change)
     }
     if (change.type == USE_ROUTED) {
         // The CPU stays blocked, whatever the message says.
-        TRACE_OF(rtifhal_subintf_block_set,
-                 "UMCB Remove CPU from UMC and add %d to Blk lists\n", change.port);
+        TRACE_OF(rtifhal_subintf_block_set, "UMCB Remove CPU from UMC and add %d to Blk lists\n",
+                 change.port);
         block_port(block, change.port);
     }
     if (writes_masks(change.type)) {
@@ -201,8 +203,8 @@ int rtifhal_subintf_block_set(uint16_t vlan, int type, int port, int set, uint32
     (void)fwmpd_trident_batch_flush();
     TRACE("\n\n UMCB Vlan = %d type = %d port = %d set = %d\n", vlan, type, port, set);
 
-    use_change change = {unit, vlan, type, port, fwmpd_trident_get_bvbt(vlan),
-                         find_vlan_uses(vlan)};
+    use_change change = {
+        unit, vlan, type, port, fwmpd_trident_get_bvbt(vlan), find_vlan_uses(vlan)};
     if (change.lvtc == nullptr) {
         no_vlan_uses = {};
         change.lvtc = &no_vlan_uses;

@@ -75,8 +75,7 @@ int set_up_new_vlan(int unit, uint16_t vlan)
         TRACE_OF(rtifhal_vlan_create, "set the flags 0x%x\n", control->vc_flags);
         (void)fwmpd_trident_batch_flush();
         if (bcm_vlan_control_vlan_set(unit, vlan, *control) != 0) {
-            REPORT_OF(rtifhal_vlan_create, "bcm_vlan_control_vlan_set failed for VLAN: %d\n",
-                      vlan);
+            REPORT_OF(rtifhal_vlan_create, "bcm_vlan_control_vlan_set failed for VLAN: %d\n", vlan);
             return -1;
         }
     }
