@@ -219,8 +219,8 @@ TEST_F(TrunkOfIfindex, RefusedFilingIsNotLookedAt)
 
 TEST_F(TrunkOfIfindex, WhatIsNoPortChannelHasNoTrunk)
 {
-    for (const std::uint32_t ifindex : {if_index::port(4), if_index::svi(41), if_index::tunnel(41),
-                                        if_index::port_sub(4, 1)}) {
+    for (const std::uint32_t ifindex :
+         {if_index::port(4), if_index::svi(41), if_index::tunnel(41), if_index::port_sub(4, 1)}) {
         start();
         std::uint32_t tid = UNTOUCHED;
         EXPECT_EQ(fwmpd_ifindex_to_bcm_tid(ifindex, &tid), -1);

@@ -174,8 +174,7 @@ RTIFHAL_EXPORT int rtifhal_trident_subint_add(struct l3lif *l3lif, int create);
  * @return 0; -1 at the first step that fails
  */
 RTIFHAL_EXPORT int rtifhal_trident_subint_add_int(struct l3lif *l3lif, int port, bcm_gport_t gport,
-                                                  bcm_l3_intf_t intf, int intf_created,
-                                                  int create);
+                                                  bcm_l3_intf_t intf, int intf_created, int create);
 
 /**
  * The interface step of a subinterface's delete.
@@ -208,8 +207,7 @@ RTIFHAL_EXPORT int rtifhal_subint_del(struct l3lif *l3lif, int destroy);
  * @return 0; -1 when the translation or the VLAN couldn't be left
  */
 RTIFHAL_EXPORT int rtifhal_trident_subint_del_int(struct l3lif *l3lif, int port, bcm_gport_t gport,
-                                                  bcm_l3_intf_t intf, int do_intf_del,
-                                                  int destroy);
+                                                  bcm_l3_intf_t intf, int do_intf_del, int destroy);
 
 /**
  * Gives a port the controls of its main interface back, when the last

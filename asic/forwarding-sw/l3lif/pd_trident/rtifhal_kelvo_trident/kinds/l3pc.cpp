@@ -64,14 +64,14 @@ int join_trunk(member_add &add)
 int read_existing(member_add &add)
 {
     if (add.main->l3lif_pd_ctxt == nullptr) {
-        REPORT_OF(rtifhal_trident_l3pc_add, "unable to get itf(%d) NULL: %s\n",
-                  add.member->ifindex, rtifhal_errtext(0));
+        REPORT_OF(rtifhal_trident_l3pc_add, "unable to get itf(%d) NULL: %s\n", add.member->ifindex,
+                  rtifhal_errtext(0));
         return -1;
     }
     const struct l3_pd *const l3_pd = add.main->l3lif_pd_ctxt->l3_pd;
     if (l3_pd == nullptr) {
-        REPORT_OF(rtifhal_trident_l3pc_add, "unable to get pd(%d) NULL: %s\n",
-                  add.member->ifindex, rtifhal_errtext(0));
+        REPORT_OF(rtifhal_trident_l3pc_add, "unable to get pd(%d) NULL: %s\n", add.member->ifindex,
+                  rtifhal_errtext(0));
         return -1;
     }
     const int id = l3_pd->l3intf_id;
@@ -80,8 +80,7 @@ int read_existing(member_add &add)
     (void)fwmpd_trident_batch_flush();
     const int rc = bcm_l3_intf_get(add.unit, &add.intf);
     if (add.intf.l3a_intf_id != id) {
-        REPORT_OF(rtifhal_trident_l3pc_add, "itf get (%d) mismatch: %s\n", id,
-                  rtifhal_errtext(rc));
+        REPORT_OF(rtifhal_trident_l3pc_add, "itf get (%d) mismatch: %s\n", id, rtifhal_errtext(rc));
         return -1;
     }
     return 0;
@@ -130,8 +129,7 @@ int replay_subinterface(const member_add &add, const struct l3lif *si)
     }
     if (rtifhal_vlan_xlate(add.unit, module_port(add.unit, add.port), si->si_encap_vlan,
                            RTIFHAL_VLAN_ROUTED, iif) != 0) {
-        REPORT_OF(rtifhal_trident_l3pc_add, " itf xlate enable(%d) failed\n",
-                  add.member->ifindex);
+        REPORT_OF(rtifhal_trident_l3pc_add, " itf xlate enable(%d) failed\n", add.member->ifindex);
         return -1;
     }
     return 0;
@@ -143,8 +141,7 @@ int replay_subinterfaces(const member_add &add, int &rc)
     if (rtifhal_if_has_si(add.main->ifindex) == 0) {
         return 0;
     }
-    TRACE_OF(rtifhal_trident_l3pc_add, "Enable subinterface setting on %x\n",
-             add.member->ifindex);
+    TRACE_OF(rtifhal_trident_l3pc_add, "Enable subinterface setting on %x\n", add.member->ifindex);
     rc = fwmpd_bcm_port_untagged_vlan_set(add.unit, add.port, RTIFHAL_VLAN_ROUTED);
     avl_tree_t *const tree = add.main->subint_tree;
     avl_node_t *node = tree != nullptr ? avl_get_first(tree) : nullptr;
@@ -170,12 +167,10 @@ int rtifhal_trident_add_l3pc(struct l3lif *l3lif, int create)
         REPORT("\n%s: L3LIF failed to add itf: 0x%x, %d\n", __func__, l3lif->ifindex, create);
     }
     if (rtifhal_trident_add_ingress(l3lif, 0, create) != 0) {
-        REPORT("\n%s: L3LIF failed to add if: 0x%x, %d, %d\n", __func__, l3lif->ifindex, 0,
-               create);
+        REPORT("\n%s: L3LIF failed to add if: 0x%x, %d, %d\n", __func__, l3lif->ifindex, 0, create);
     }
     if (rtifhal_trident_add_egress(l3lif, 0, create) != 0) {
-        REPORT("\n%s: L3LIF failed to add if: 0x%x, %d, %d\n", __func__, l3lif->ifindex, 0,
-               create);
+        REPORT("\n%s: L3LIF failed to add if: 0x%x, %d, %d\n", __func__, l3lif->ifindex, 0, create);
     }
     if (l3lif->main_l3lif != nullptr) {
         l3lif->main_l3lif->lif_state = RTIFHAL_LIF_PROGRAMMED;

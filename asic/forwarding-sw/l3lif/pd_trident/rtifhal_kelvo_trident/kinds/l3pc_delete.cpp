@@ -82,8 +82,7 @@ void delete_object(member_delete &del, int destroy)
 {
     if (destroy == 0) {
         TRACE_OF(rtifhal_trident_l3pc_del,
-                 "Not calling l3_intf_delete for ifindex %x as not destroy\n",
-                 del.member->ifindex);
+                 "Not calling l3_intf_delete for ifindex %x as not destroy\n", del.member->ifindex);
         return;
     }
     const int rc = rtifhal_l3_intf_delete(del.main, &del.intf, destroy);
@@ -110,8 +109,8 @@ int leave_trunk(const member_delete &del, int &discard_rc)
                   rtifhal_errtext(member_rc));
     }
     if (rtifhal_vlan_delete(del.unit, del.port, del.main->int_vlan) != 0) {
-        REPORT_OF(rtifhal_trident_l3pc_del, "itf vlan enable(%d) failed: %s\n",
-                  del.member->ifindex, rtifhal_errtext(member_rc));
+        REPORT_OF(rtifhal_trident_l3pc_del, "itf vlan enable(%d) failed: %s\n", del.member->ifindex,
+                  rtifhal_errtext(member_rc));
     }
     discard_rc = fwmpd_bcm_port_discard_set(del.unit, del.port, 0);
     if (discard_rc < 0) {
@@ -129,8 +128,7 @@ int remove_subinterface(const member_delete &del, const struct l3lif *si, int di
     TRACE_OF(rtifhal_trident_l3pc_del, "SI vlan %d intf-id = %d\n", si->si_encap_vlan, iif);
     if (rtifhal_vlan_del_xlate(del.unit, module_port(del.unit, del.port), si->si_encap_vlan, 0,
                                iif) != 0) {
-        REPORT_OF(rtifhal_trident_l3pc_del, "itf xlate disable(%d) failed\n",
-                  del.member->ifindex);
+        REPORT_OF(rtifhal_trident_l3pc_del, "itf xlate disable(%d) failed\n", del.member->ifindex);
         return -1;
     }
     if (rtifhal_vlan_delete(del.unit, del.port, si->si_encap_vlan) != 0) {
@@ -146,8 +144,7 @@ int remove_subinterfaces(const member_delete &del, int discard_rc)
     if (rtifhal_if_has_si(del.main->ifindex) == 0) {
         return 0;
     }
-    TRACE_OF(rtifhal_trident_l3pc_del, "Disable subintercae setting on %x\n",
-             del.member->ifindex);
+    TRACE_OF(rtifhal_trident_l3pc_del, "Disable subintercae setting on %x\n", del.member->ifindex);
     avl_tree_t *const tree = del.main->subint_tree;
     avl_node_t *node = tree != nullptr ? avl_get_first(tree) : nullptr;
     while (node != nullptr) {

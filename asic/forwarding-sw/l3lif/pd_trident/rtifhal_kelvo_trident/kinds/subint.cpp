@@ -34,8 +34,7 @@ int find_ports(struct l3lif *l3lif, subint_ports &ports)
     ports.on_port_channel = if_index_is_eth_port_channel_intf(l3lif->ifindex) != 0;
     if (!ports.on_port_channel) {
         if (fwmpd_ifindex_to_bcm_port(l3lif->ifindex, &ports.port) != 0) {
-            REPORT_OF(rtifhal_trident_subint_add, " unable to get bcm port(%#x)\n",
-                      l3lif->ifindex);
+            REPORT_OF(rtifhal_trident_subint_add, " unable to get bcm port(%#x)\n", l3lif->ifindex);
             return -1;
         }
         return 0;

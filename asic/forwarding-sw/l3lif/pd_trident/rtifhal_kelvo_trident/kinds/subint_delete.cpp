@@ -183,6 +183,5 @@ int rtifhal_subint_restore_port_l3(uint32_t ifindex, int port)
     (void)bcm_port_control_set(unit, port, PORT_CONTROL_IP4, control_value_of(properties.ipv4_en));
     (void)bcm_port_control_set(unit, port, PORT_CONTROL_IP4_MC,
                                control_value_of(properties.ipv4_mc_en));
-    return bcm_port_control_set(unit, port, PORT_CONTROL_IP6,
-                                control_value_of(properties.ipv6_en));
+    return bcm_port_control_set(unit, port, PORT_CONTROL_IP6, control_value_of(properties.ipv6_en));
 }

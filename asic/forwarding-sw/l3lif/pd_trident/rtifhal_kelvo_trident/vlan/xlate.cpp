@@ -59,8 +59,8 @@ int rtifhal_vlan_del_xlate(int unit, bcm_gport_t gport, int old_vlan, int /*new_
                            int /*l3_iif*/)
 {
     TRACE("old-vlan %d gport %x\n", old_vlan, gport);
-    const int rc = fwmpd_bcm_vlan_translate_action_delete(
-        unit, gport, KEY_PORT_OUTER_VLAN, old_vlan & VLAN_MASK, DELETE_INNER_VLAN);
+    const int rc = fwmpd_bcm_vlan_translate_action_delete(unit, gport, KEY_PORT_OUTER_VLAN,
+                                                          old_vlan & VLAN_MASK, DELETE_INNER_VLAN);
     if (rc < 0) {
         REPORT("bcm_vlan_translate_action_del(%d) failed: %s\n", old_vlan, rtifhal_errtext(rc));
         return -1;
