@@ -8,6 +8,7 @@
 #include "support/ingress_tie.h"
 
 #include "services/ifindex.h"
+#include "services/tree.h"
 
 #include <sdk/error.h>
 
@@ -191,8 +192,10 @@ TEST_F(IngressTieOfPortChannel, TrunkIdThatTheForwardingManagerLacksIsTheChannel
 TEST_F(IngressTieOfPortChannel, MembersComeFromTheChipAndNotFromTheMemberTree)
 {
     std::uint32_t member = simswitch::if_index::port(8);
-    lif->lif.pc_member_tree = avl_create([](const void *, const void *) { return 0; }, 0);
-    avl_insert(lif->lif.pc_member_tree, &member);
+    const simswitch::services::TreeOwner members{
+        avl_create(simswitch::services::compare_by_ifindex, 0)};
+    avl_insert(members.get(), &member);
+    lif->lif.pc_member_tree = members.get();
     make_trunk({0x8000005});
     start();
     create(*lif);
