@@ -6,6 +6,7 @@
 #include "config/reader.h"
 #include "l3lif/layer.h"
 #include "l3lif/leftovers.h"
+#include "l3lif/plans.h"
 #include "l3lif/readback.h"
 #include "report/json.h"
 #include "report/table.h"
@@ -22,13 +23,11 @@ namespace
 std::string not_yet(config::Kind kind)
 {
     switch (kind) {
-    case config::Kind::port_channel:
-        return "routed port-channels are not brought up yet";
     case config::Kind::svi:
         return "VLAN interfaces are not brought up yet";
-    case config::Kind::subinterface:
-        return "subinterfaces are not brought up yet";
     case config::Kind::port:
+    case config::Kind::port_channel:
+    case config::Kind::subinterface:
     case config::Kind::tunnel:
         break;
     }
@@ -94,7 +93,7 @@ void note_families(const simswitch::Switch &hardware, report::UpResult &result)
         "{}: {} of {} interfaces, {} the first, do not route the families of their addresses{}",
         result.config->file, names.size(), result.interfaces.size(), names.front(),
         by_port ? ": on a Trident those are controls of the port, and bringing a port up opens "
-                  "it for IPv4 only"
+                  "it for IPv4 only, bringing a subinterface up for both"
                 : ""));
 }
 
@@ -131,7 +130,10 @@ int up_on(simswitch::Switch &hardware, const UpOptions &options, std::ostream &o
     result.layer = &layer;
     layer.add_router_mac(config.device_mac);
     for (auto &plan : l3lif::plans_of(config)) {
-        result.interfaces.push_back(judge(hardware, layer.bring_up(std::move(plan))));
+        layer.bring_up(std::move(plan));
+    }
+    for (const auto &interface : layer.interfaces()) {
+        result.interfaces.push_back(judge(hardware, *interface));
     }
     note_families(hardware, result);
     if (options.then_down) {

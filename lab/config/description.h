@@ -5,6 +5,7 @@
 #pragma once
 
 #include "config/address.h"
+#include "config/natural_order.h"
 
 #include <cstdint>
 #include <map>
@@ -21,6 +22,9 @@ inline constexpr std::uint16_t VRF_DEFAULT = 1;
 
 /** The chip's front ports, numbered from 1. */
 inline constexpr unsigned CHIP_PORTS = 104;
+
+/** Members that a trunk of the chip takes. */
+inline constexpr unsigned TRUNK_MEMBERS = 32;
 
 /** The range of an L3 MTU in bytes. */
 inline constexpr std::uint16_t MTU_MIN = 68;
@@ -39,13 +43,25 @@ struct Port {
     std::string refused;    ///< why nothing can use it; empty for a port that is taken
 };
 
+/** A port-channel of the device. */
+struct PortChannel {
+    unsigned number = 0;              ///< that of its name, 0 to 9999
+    unsigned trunk = 0;               ///< its trunk in the chip, from 1
+    std::uint16_t mtu = 0;            ///< L3 MTU in bytes; 0: the file says nothing
+    std::vector<std::string> members; ///< names of its ports, at most 32
+    bool is_routed = false;           ///< rows make it or subinterfaces of it routed
+    std::string refused;              ///< why nothing can use it; empty for one that is taken
+};
+
 /** A routed interface other than a tunnel. */
 struct RoutedInterface {
     Kind kind = Kind::port;
     std::string table; ///< the table whose rows made it
     std::string name;
     std::string main;                ///< a subinterface's port or port-channel
+    unsigned number = 0;             ///< a subinterface's, what stands behind the dot of its name
     std::uint16_t vlan = 0;          ///< VLAN of an SVI or subinterface, else 0
+    std::uint16_t mtu = 0;           ///< a subinterface's own L3 MTU in bytes; 0: its main's
     std::uint16_t vrf = VRF_DEFAULT; ///< VRF number
     std::optional<Mac> mac;          ///< its own MAC; nothing: the device's
     std::vector<Prefix> addresses;   ///< its addresses, each once
@@ -78,7 +94,8 @@ struct Description {
     std::string file; ///< name of the file, as messages begin with it
     std::string hostname;
     Mac device_mac = {};
-    std::map<std::string, Port, std::less<>> ports;         ///< by name
+    std::map<std::string, Port, std::less<>> ports;                ///< by name
+    std::map<std::string, PortChannel, NaturalLess> port_channels; ///< by name
     std::map<std::string, std::uint16_t, std::less<>> vrfs; ///< number by name, without the default
     std::vector<RoutedInterface> interfaces; ///< by kind, within it in natural order of the names
     std::vector<Tunnel> tunnels;             ///< in natural order of their names

@@ -4,6 +4,7 @@
 #include "config/device_rows.h"
 
 #include "config/names.h"
+#include "config/port_channel_rows.h"
 #include "config/reader.h"
 #include "config/row_checks.h"
 
@@ -38,6 +39,18 @@ NameSet ports_of_interface_rows(const Tables &tables)
     for (const char *table : {"INTERFACE", "VLAN_SUB_INTERFACE"}) {
         for (const auto &[key, row] : tables.table(table)) {
             if (std::string port = port_of_row(key); !port.empty()) {
+                names.insert(std::move(port));
+            }
+        }
+    }
+    for (const auto &[key, row] : tables.table("PORTCHANNEL_MEMBER")) {
+        if (std::string port = key.substr(key.find('|') + 1); is_port_name(port)) {
+            names.insert(std::move(port));
+        }
+    }
+    for (const auto &[key, row] : tables.table("PORTCHANNEL")) {
+        for (std::string &port : listed_members(row)) {
+            if (is_port_name(port)) {
                 names.insert(std::move(port));
             }
         }

@@ -4,16 +4,28 @@
 #include "config/interface_rows.h"
 
 #include "config/names.h"
+#include "config/port_channel_rows.h"
 #include "config/row_checks.h"
 
 #include <algorithm>
 #include <array>
+#include <fmt/ranges.h>
+#include <map>
+#include <set>
+#include <utility>
 
 namespace lab::config
 {
 
 namespace
 {
+
+// The VLAN in which the chip routes all ports and subinterfaces.
+constexpr std::uint16_t VLAN_OF_ROUTED_PORTS = 4094;
+
+// The highest subinterface that an interface index has room for.
+constexpr unsigned PORT_SUBINTERFACE_LAST = 1048575;
+constexpr unsigned PORT_CHANNEL_SUBINTERFACE_LAST = 4095;
 
 /** A table of routed interfaces, and what its rows make. */
 struct InterfaceTable {
@@ -75,18 +87,6 @@ RowsByName group_rows(const Tables &tables, std::string_view table, Description 
     return groups;
 }
 
-/** Refuses a port that the configuration doesn't have, or that was refused itself. */
-void need_port(const std::string &name, const Description &description)
-{
-    const auto port = description.ports.find(name);
-    if (port == description.ports.end()) {
-        refuse("its port {} isn't in PORT", name);
-    }
-    if (!port->second.refused.empty()) {
-        refuse("its port {} isn't taken: {}", name, port->second.refused);
-    }
-}
-
 /** The VLAN of a subinterface: in the long form of the name, else in the row. */
 std::uint16_t subinterface_vlan(const SubinterfaceName &name, const Row &own)
 {
@@ -104,6 +104,36 @@ std::uint16_t subinterface_vlan(const SubinterfaceName &name, const Row &own)
     return vlan;
 }
 
+/** Reads name and VLAN of a subinterface. */
+void read_subinterface(RoutedInterface &interface, const Row &own, const Description &description)
+{
+    const auto name = parse_subinterface_name(interface.name);
+    if (!name) {
+        refuse("{} is no subinterface name like Ethernet4.100 or Po0001.100",
+               in_quotes(interface.name));
+    }
+    interface.main = name->parent;
+    interface.vlan = subinterface_vlan(*name, own);
+    if (interface.vlan == VLAN_OF_ROUTED_PORTS) {
+        refuse("VLAN {} is the switch's own", VLAN_OF_ROUTED_PORTS);
+    }
+    const bool on_port = is_port_name(interface.main);
+    const unsigned last = on_port ? PORT_SUBINTERFACE_LAST : PORT_CHANNEL_SUBINTERFACE_LAST;
+    interface.number = parse_number(name->digits).value_or(0);
+    if (interface.number == 0 || interface.number > last) {
+        refuse("the number {} behind the dot is not in 1..{}", name->digits, last);
+    }
+    if (!on_port) {
+        need_port_channel(interface.main, description);
+        return;
+    }
+    need_port(interface.main, description);
+    if (const std::string channel = routed_port_channel_of(interface.main, description);
+        !channel.empty()) {
+        refuse("its port {} is a member of {}", interface.main, channel);
+    }
+}
+
 /** Reads the name of an interface, which must be of the table's kind. */
 void read_name(RoutedInterface &interface, const Row &own, const Description &description)
 {
@@ -119,6 +149,7 @@ void read_name(RoutedInterface &interface, const Row &own, const Description &de
         if (!is_port_channel_name(name)) {
             refuse("{} is no port-channel name like PortChannel0001", in_quotes(name));
         }
+        need_port_channel(name, description);
         return;
     case Kind::svi: {
         const auto digits = vlan_name_digits(name);
@@ -132,15 +163,7 @@ void read_name(RoutedInterface &interface, const Row &own, const Description &de
     case Kind::tunnel:
         break;
     }
-    const auto subinterface = parse_subinterface_name(name);
-    if (!subinterface) {
-        refuse("{} is no subinterface name like Ethernet4.100 or Po0001.100", in_quotes(name));
-    }
-    interface.main = subinterface->parent;
-    interface.vlan = subinterface_vlan(*subinterface, own);
-    if (is_port_name(interface.main)) {
-        need_port(interface.main, description);
-    }
+    read_subinterface(interface, own, description);
 }
 
 /** Reads the properties in an interface's own row. */
@@ -159,6 +182,10 @@ void read_properties(RoutedInterface &interface, const Row &own, const Descripti
         if (!interface.mac) {
             refuse("mac_addr: {}", reason);
         }
+    }
+    if (interface.kind == Kind::subinterface) {
+        interface.mtu =
+            static_cast<std::uint16_t>(number(own, "mtu", MTU_MIN, MTU_MAX).value_or(0));
     }
     interface.link_local_only = enabled(own, "ipv6_use_link_local_only");
     interface.mpls = enabled(own, "mpls");
@@ -203,8 +230,35 @@ void skip_all(const std::string &table, const std::string &name, const Interface
     }
 }
 
+/** What the subinterfaces read so far have, so that no two of them share it. */
+class SubinterfaceKeys
+{
+public:
+    /** Notes a subinterface; refuses one whose number or VLAN another of the same main has. */
+    void take(const RoutedInterface &interface)
+    {
+        const auto number = numbers_.find({interface.main, interface.number});
+        if (number != numbers_.end()) {
+            refuse("it is {} in another spelling", number->second);
+        }
+        const auto [vlan, is_new] =
+            vlans_.try_emplace({interface.main, interface.vlan}, interface.name);
+        if (!is_new) {
+            refuse("VLAN {} on {} is that of {}", interface.vlan, interface.main, vlan->second);
+        }
+        numbers_[{interface.main, interface.number}] = interface.name;
+    }
+
+private:
+    using Names = std::map<std::pair<std::string, unsigned>, std::string>; ///< by main and number
+
+    Names numbers_;
+    Names vlans_;
+};
+
 void read_table(const Tables &tables, const InterfaceTable &table, Description &description)
 {
+    SubinterfaceKeys keys;
     static const Row empty;
     for (const auto &[name, rows] : group_rows(tables, table.name, description)) {
         RoutedInterface interface;
@@ -216,6 +270,9 @@ void read_table(const Tables &tables, const InterfaceTable &table, Description &
             need_object(own);
             read_name(interface, own, description);
             read_properties(interface, own, description);
+            if (interface.kind == Kind::subinterface) {
+                keys.take(interface);
+            }
         } catch (const BadRow &bad) {
             skip_all(interface.table, name, rows, bad.what(), description);
             continue;
@@ -225,6 +282,51 @@ void read_table(const Tables &tables, const InterfaceTable &table, Description &
             description.interfaces.push_back(std::move(interface));
         }
     }
+}
+
+/**
+ * A port-channel has its trunk only with its members up: where no row makes it
+ * routed, it comes up for its subinterfaces, without addresses. So does one
+ * port in a file of nothing but subinterfaces: their VLANs need the spanning
+ * tree group that comes with the VLAN of routed ports.
+ */
+void add_main_interfaces(Description &description)
+{
+    std::set<std::string, NaturalLess> needed;
+    for (const auto &interface : description.interfaces) {
+        if (interface.kind == Kind::subinterface && is_port_channel_name(interface.main)) {
+            needed.insert(interface.main);
+        }
+    }
+    bool has_routed_port = !needed.empty();
+    for (const auto &interface : description.interfaces) {
+        needed.erase(interface.name);
+        has_routed_port |= interface.kind == Kind::port || interface.kind == Kind::port_channel;
+    }
+    const bool has_subinterface =
+        !description.interfaces.empty() && description.interfaces.back().kind == Kind::subinterface;
+    if (!has_routed_port && has_subinterface) {
+        needed.insert(description.interfaces.back().main);
+    }
+    if (needed.empty()) {
+        return;
+    }
+    description.notes.push_back(
+        fmt::format("{}: no row makes {} routed; up without addresses, for the subinterfaces",
+                    description.file, fmt::join(needed, ", ")));
+    for (const auto &name : needed) {
+        RoutedInterface interface;
+        interface.kind = is_port_name(name) ? Kind::port : Kind::port_channel;
+        interface.table = is_port_name(name) ? "PORT" : "PORTCHANNEL";
+        interface.name = name;
+        description.interfaces.push_back(std::move(interface));
+    }
+    std::stable_sort(description.interfaces.begin(), description.interfaces.end(),
+                     [](const RoutedInterface &left, const RoutedInterface &right) {
+                         return left.kind != right.kind
+                                    ? left.kind < right.kind
+                                    : natural_compare(left.name, right.name) < 0;
+                     });
 }
 
 /** Lists the interfaces of a table that makes no routed ones, each name once. */
@@ -261,6 +363,7 @@ void read_interfaces(const Tables &tables, Description &description)
     for (const auto &table : INTERFACE_TABLES) {
         read_table(tables, table, description);
     }
+    add_main_interfaces(description);
     for (const auto &table : OTHER_TABLES) {
         skip_table(tables, table, description);
     }

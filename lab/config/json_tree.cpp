@@ -128,10 +128,14 @@ private:
             return;
         }
         Level &level = levels_.back();
-        if (!level.node || level.node->kind != JsonNode::Kind::object) {
+        if (!level.node) {
             return;
         }
         auto &members = level.node->members;
+        if (level.is_list) {
+            members.push_back({{}, std::move(value)});
+            return;
+        }
         const auto [place, is_new] = level.places.emplace(level.key, members.size());
         if (is_new) {
             members.push_back({level.key, std::move(value)});

@@ -29,7 +29,7 @@ struct JsonNode {
 
     Kind kind = Kind::null;
     std::string text;                ///< a text; a number or boolean as the file writes it
-    std::vector<JsonMember> members; ///< of an object, each key once
+    std::vector<JsonMember> members; ///< of an object, each key once; of a list, without keys
 
     /** The member of a key, null when there is none. */
     const JsonNode *find(std::string_view key) const;

@@ -5,6 +5,7 @@
 
 #include "config/device_rows.h"
 #include "config/interface_rows.h"
+#include "config/port_channel_rows.h"
 #include "config/tables.h"
 
 namespace lab::config
@@ -13,7 +14,8 @@ namespace lab::config
 Description read_config_text(std::string_view text, std::string_view file)
 {
     std::vector<std::string_view> read = interface_tables();
-    read.insert(read.end(), {"DEVICE_METADATA", "PORT", "VRF", "TUNNEL"});
+    read.insert(read.end(),
+                {"DEVICE_METADATA", "PORT", "PORTCHANNEL", "PORTCHANNEL_MEMBER", "VRF", "TUNNEL"});
     Tables tables = make_tables(parse_json(text, file), file, read);
 
     Description description;
@@ -22,6 +24,7 @@ Description read_config_text(std::string_view text, std::string_view file)
     read_device(tables, description);
     read_ports(tables, description);
     read_vrfs(tables, description);
+    read_port_channels(tables, description);
     read_interfaces(tables, description);
     read_tunnels(tables, description);
     description.sort_skipped();

@@ -53,6 +53,17 @@ bool enabled(const Row &row, std::string_view name)
     return true;
 }
 
+void need_port(const std::string &name, const Description &description)
+{
+    const auto port = description.ports.find(name);
+    if (port == description.ports.end()) {
+        refuse("its port {} isn't in PORT", name);
+    }
+    if (!port->second.refused.empty()) {
+        refuse("its port {} isn't taken: {}", name, port->second.refused);
+    }
+}
+
 std::uint16_t need_vlan(std::string_view digits)
 {
     const auto vlan = parse_number(digits);

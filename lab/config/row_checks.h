@@ -45,6 +45,9 @@ std::optional<std::uint32_t> number(const Row &row, std::string_view name, std::
 /** Whether a field says "enable"; "disable" and no field are false, anything else is refused. */
 bool enabled(const Row &row, std::string_view name);
 
+/** Refuses a port that the configuration doesn't have, or that was refused itself. */
+void need_port(const std::string &name, const Description &description);
+
 /** A VLAN in 1..4094. */
 std::uint16_t need_vlan(std::string_view digits);
 

@@ -26,6 +26,31 @@ const JsonNode &unwrapped(const JsonNode &node)
     return wrapped ? *value : node;
 }
 
+bool is_scalar(const JsonNode &node)
+{
+    return node.kind == JsonNode::Kind::text || node.kind == JsonNode::Kind::number;
+}
+
+/** A scalar as it is, of anything else its kind. */
+std::string text_or_kind(const JsonNode &node)
+{
+    return is_scalar(node) ? node.text : std::string(node.kind_name());
+}
+
+Field make_field(const JsonNode &node)
+{
+    Field field;
+    field.is_scalar = is_scalar(node);
+    field.is_list = node.kind == JsonNode::Kind::list;
+    field.text = text_or_kind(node);
+    if (field.is_list) {
+        for (const auto &item : node.members) {
+            field.items.push_back(text_or_kind(item.value));
+        }
+    }
+    return field;
+}
+
 Row make_row(const JsonNode &node)
 {
     Row row;
@@ -34,9 +59,7 @@ Row make_row(const JsonNode &node)
         return row;
     }
     for (const auto &[name, value] : node.members) {
-        const bool scalar =
-            value.kind == JsonNode::Kind::text || value.kind == JsonNode::Kind::number;
-        row.fields[name] = {scalar, scalar ? value.text : std::string(value.kind_name())};
+        row.fields[name] = make_field(value);
     }
     // A row without fields.
     if (const Field *null = row.find("NULL"); null != nullptr && null->text == "NULL") {

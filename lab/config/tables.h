@@ -19,8 +19,10 @@ namespace lab::config
 
 /** A field of a row. */
 struct Field {
-    bool is_scalar = false; ///< a text or a number
-    std::string text;       ///< the scalar; for anything else its kind, "a list"
+    bool is_scalar = false;         ///< a text or a number
+    bool is_list = false;           ///< a list
+    std::string text;               ///< the scalar; for anything else its kind, "a list"
+    std::vector<std::string> items; ///< of a list: its scalars; for anything else in it the kind
 };
 
 /** A row: its fields by name. */

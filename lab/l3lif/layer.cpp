@@ -8,6 +8,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <string_view>
+
 namespace lab::l3lif
 {
 
@@ -16,29 +21,10 @@ namespace
 
 namespace if_index = simswitch::if_index;
 
-/** The library's pair of functions for a kind. */
-struct Pair {
-    int (*add)(::l3lif *, int);
-    int (*del)(::l3lif *, int);
-};
-
-/** The pair of a kind; null for one that isn't supported. */
-const Pair *pair_of(config::Kind kind)
-{
-    static constexpr Pair port = {rtifhal_trident_add_l3port, rtifhal_trident_del_l3port};
-    static constexpr Pair tunnel = {rtifhal_trident_add_l3tun, rtifhal_trident_del_l3tun};
-    switch (kind) {
-    case config::Kind::port:
-        return &port;
-    case config::Kind::tunnel:
-        return &tunnel;
-    case config::Kind::port_channel:
-    case config::Kind::svi:
-    case config::Kind::subinterface:
-        break;
-    }
-    return nullptr;
-}
+// Lines of progress that the library writes at the error level. A trunk that is
+// created, or read while it is there already, is no failure either.
+constexpr std::array<std::string_view, 4> PROGRESS = {
+    "calling bcm_trunk_create_id(", "bcm_trunk_get(unit=", "Searching l3-intf on ", "ifindex "};
 
 /** Messages begin and end with line ends, for the log that they were made for. */
 std::string trimmed(const std::string &text)
@@ -49,44 +35,35 @@ std::string trimmed(const std::string &text)
                : text.substr(first, text.find_last_not_of(" \n") - first + 1);
 }
 
-LifPlan plan_of(const config::RoutedInterface &interface, const config::Description &description)
-{
-    const config::Port &port = description.ports.find(interface.name)->second;
-    LifPlan plan;
-    plan.kind = interface.kind;
-    plan.name = interface.name;
-    plan.table = interface.table;
-    plan.ifindex = if_index::port(port.chip_port - 1);
-    plan.chip_port = static_cast<int>(port.chip_port);
-    plan.mac = interface.mac.value_or(description.device_mac);
-    plan.vrf = interface.vrf;
-    plan.mtu = port.mtu;
-    plan.ipv4 = interface.routes(false);
-    plan.ipv6 = interface.routes(true);
-    plan.mpls = interface.mpls;
-    return plan;
-}
+// A member's own record has no context, which the library reports at each delete.
+constexpr std::string_view NO_CONTEXT = "Failed to delete l3lif pd context for intf ";
 
-LifPlan plan_of(const config::Tunnel &tunnel, unsigned number,
-                const config::Description &description)
+bool is_progress(std::string_view message)
 {
-    LifPlan plan;
-    plan.kind = config::Kind::tunnel;
-    plan.name = tunnel.name;
-    plan.table = tunnel.table;
-    plan.ifindex = if_index::tunnel(number);
-    plan.mac = description.device_mac;
-    plan.ipv4 = true;
-    return plan;
+    return std::any_of(PROGRESS.begin(), PROGRESS.end(),
+                       [message](std::string_view start) { return message.starts_with(start); });
 }
 
 } // namespace
 
+void Request::append(Request next)
+{
+    code = code != 0 ? code : next.code;
+    calls.insert(calls.end(), next.calls.begin(), next.calls.end());
+    messages.insert(messages.end(), next.messages.begin(), next.messages.end());
+    if (refused_writes.empty()) {
+        refused_writes = std::move(next.refused_writes);
+    }
+}
+
 std::string Request::last_error() const
 {
     for (auto message = messages.rbegin(); message != messages.rend(); ++message) {
-        if (message->level == simswitch::fwm::LEVEL_ERROR) {
-            return trimmed(message->text);
+        const std::string text = trimmed(message->text);
+        const bool harmless =
+            is_progress(text) || (!expected.empty() && text.starts_with(expected));
+        if (message->level == simswitch::fwm::LEVEL_ERROR && !harmless) {
+            return text;
         }
     }
     return refused_writes;
@@ -94,7 +71,7 @@ std::string Request::last_error() const
 
 bool supports(config::Kind kind)
 {
-    return pair_of(kind) != nullptr;
+    return kind != config::Kind::svi;
 }
 
 template <class Work> Request Layer::run(const std::string &name, Work &&work)
@@ -125,25 +102,170 @@ const Request &Layer::add_router_mac(const config::Mac &mac)
     return router_mac_;
 }
 
+Request Layer::add(Interface &interface)
+{
+    Lif &lif = *interface.lif;
+    switch (lif.plan().kind) {
+    case config::Kind::port_channel:
+        return add_members(interface);
+    case config::Kind::subinterface:
+        return add_subinterface(lif);
+    case config::Kind::tunnel:
+        return run(fmt::format("add {}", lif.plan().name),
+                   [&lif] { return rtifhal_trident_add_l3tun(lif.record(), 1); });
+    case config::Kind::port:
+    case config::Kind::svi:
+        break;
+    }
+    return run(fmt::format("add {}", lif.plan().name),
+               [&lif] { return rtifhal_trident_add_l3port(lif.record(), 1); });
+}
+
+/** The port-channel's object comes with the first member. */
+Request Layer::add_members(Interface &interface)
+{
+    Lif &main = *interface.lif;
+    Request request;
+    for (const PlannedMember &planned : main.plan().members) {
+        LifPlan plan;
+        plan.name = planned.name;
+        plan.ifindex = planned.ifindex;
+        plan.chip_port = planned.chip_port;
+        plan.mac = main.plan().mac;
+        const int create = interface.members.empty() ? 1 : 0;
+        interface.members.push_back(std::make_unique<Lif>(hardware_, std::move(plan)));
+        Lif &member = *interface.members.back();
+        member.put_under(main.record());
+        request.append(
+            run(fmt::format("add {} to {}", planned.name, main.plan().name),
+                [&member, create] { return rtifhal_trident_add_l3pc(member.record(), create); }));
+    }
+    return request;
+}
+
+Request Layer::add_subinterface(Lif &lif)
+{
+    file_under_main(lif);
+    Request request = run(fmt::format("add {}", lif.plan().name),
+                          [&lif] { return rtifhal_trident_add_subint(lif.record(), 0, 1); });
+    if (lif.plan().trunk != 0) {
+        lif.take_context_from_view();
+    }
+    return request;
+}
+
+/** The library counts the subinterfaces of a main interface in the tree of its registered record.
+ */
+void Layer::file_under_main(Lif &lif)
+{
+    const LifPlan &plan = lif.plan();
+    ::l3lif *main = hardware_.directory.find(plan.main);
+    if (main == nullptr) {
+        LifPlan bare;
+        bare.name = if_index::name(plan.main);
+        bare.ifindex = plan.main;
+        bare.mac = plan.mac;
+        auto &made = bare_mains_[plan.main];
+        made = std::make_unique<Lif>(hardware_, std::move(bare));
+        main = made->record();
+    }
+    simswitch::services::Tree &tree = subinterfaces_[plan.main];
+    main->subint_tree = tree.get();
+    tree.insert(lif.record());
+    if (plan.trunk != 0) {
+        lif.put_under_view();
+    } else {
+        lif.put_under(main);
+    }
+}
+
+/** An interface comes up under which subinterfaces are filed already. */
+void Layer::become_main(Lif &lif)
+{
+    const auto tree = subinterfaces_.find(lif.plan().ifindex);
+    if (tree == subinterfaces_.end()) {
+        return;
+    }
+    lif.record()->subint_tree = tree->second.get();
+    for (void *filed : simswitch::services::tree_records(tree->second.get())) {
+        auto *subinterface = static_cast<::l3lif *>(filed);
+        if (lif.plan().trunk == 0) {
+            subinterface->main_l3lif = lif.record();
+        }
+    }
+    bare_mains_.erase(lif.plan().ifindex);
+}
+
 const Interface &Layer::bring_up(LifPlan plan)
 {
     auto interface = std::make_unique<Interface>();
     interface->lif = std::make_unique<Lif>(hardware_, std::move(plan));
     Lif &lif = *interface->lif;
-    interface->up = run(fmt::format("add {}", lif.plan().name),
-                        [&lif] { return pair_of(lif.plan().kind)->add(lif.record(), 1); });
+    if (lif.plan().trunk != 0) {
+        hardware_.host.set_trunk_id(lif.plan().ifindex,
+                                    static_cast<std::uint32_t>(lif.plan().trunk));
+    }
+    become_main(lif);
+    interface->up = add(*interface);
     interfaces_.push_back(std::move(interface));
     return *interfaces_.back();
+}
+
+Request Layer::remove(Interface &interface)
+{
+    Lif &lif = *interface.lif;
+    switch (lif.plan().kind) {
+    case config::Kind::port_channel:
+        return remove_members(interface);
+    case config::Kind::subinterface:
+        return remove_subinterface(lif);
+    case config::Kind::tunnel:
+        return run(fmt::format("delete {}", lif.plan().name),
+                   [&lif] { return rtifhal_trident_del_l3tun(lif.record(), 1); });
+    case config::Kind::port:
+    case config::Kind::svi:
+        break;
+    }
+    return run(fmt::format("delete {}", lif.plan().name),
+               [&lif] { return rtifhal_trident_del_l3port(lif.record(), 1); });
+}
+
+/** The port-channel's object goes with the member that leaves last. */
+Request Layer::remove_members(Interface &interface)
+{
+    Request request;
+    request.expected = NO_CONTEXT;
+    auto &members = interface.members;
+    for (auto it = members.rbegin(); it != members.rend(); ++it) {
+        Lif &member = **it;
+        const int destroy = std::next(it) == members.rend() ? 1 : 0;
+        request.append(
+            run(fmt::format("delete {} from {}", member.plan().name, interface.lif->plan().name),
+                [&member, destroy] { return rtifhal_trident_del_l3pc(member.record(), destroy); }));
+    }
+    return request;
+}
+
+/** It stays filed until it is gone: the library tells the last one by the count of 1. */
+Request Layer::remove_subinterface(Lif &lif)
+{
+    Request request;
+    // One that never got an object has nothing to delete.
+    if (lif.record()->l3lif_pd_ctxt != nullptr) {
+        request = run(fmt::format("delete {}", lif.plan().name),
+                      [&lif] { return rtifhal_trident_del_subint(lif.record(), 0, 1); });
+        lif.give_context_to_view();
+    }
+    subinterfaces_[lif.plan().main].erase(lif.record());
+    return request;
 }
 
 bool Layer::take_down()
 {
     bool clean = true;
     for (auto interface = interfaces_.rbegin(); interface != interfaces_.rend(); ++interface) {
-        Lif &lif = *(*interface)->lif;
         Request &down = (*interface)->down;
-        down = run(fmt::format("delete {}", lif.plan().name),
-                   [&lif] { return pair_of(lif.plan().kind)->del(lif.record(), 1); });
+        down = remove(**interface);
         clean = clean && down.code == 0 && down.last_error().empty();
     }
     if (station_) {
@@ -154,21 +276,6 @@ bool Layer::take_down()
         station_.reset();
     }
     return clean;
-}
-
-std::vector<LifPlan> plans_of(const config::Description &description)
-{
-    std::vector<LifPlan> plans;
-    for (const auto &interface : description.interfaces) {
-        if (supports(interface.kind)) {
-            plans.push_back(plan_of(interface, description));
-        }
-    }
-    for (const auto &tunnel : description.tunnels) {
-        const auto number = static_cast<unsigned>(&tunnel - description.tunnels.data()) + 1;
-        plans.push_back(plan_of(tunnel, number, description));
-    }
-    return plans;
 }
 
 } // namespace lab::l3lif

@@ -3,19 +3,22 @@
  * plays it: it owns the routed interfaces, brings them up and takes them down
  * request by request, and keeps what each request did.
  *
- * Beside it: lif.h the record of one interface, readback.h what the chip then
- * holds, leftovers.h what a teardown left.
+ * Beside it: plans.h what there is to bring up, lif.h the record of one interface, readback.h what
+ * the chip then holds, leftovers.h what a teardown left.
  */
 #pragma once
 
 #include "config/description.h"
 #include "l3lif/lif.h"
 
+#include "services/tree.h"
 #include "switch.h"
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace lab::l3lif
@@ -26,8 +29,11 @@ struct Request {
     int code = 0;                   ///< what the library returned
     std::vector<std::string> calls; ///< platform calls in order, as the journal has them
     std::vector<simswitch::fwm::Message> messages; ///< the library's messages in order
+    std::string_view expected = {}; ///< start of an error message that is none here; or empty
     std::string refused_writes; ///< what the chip refused when the queue was written out; or empty
 
+    /** Adds what a later request for the same interface did; the first failing code stays. */
+    void append(Request next);
     /** The last error message without its line end, or what the chip refused; empty for none. */
     std::string last_error() const;
 };
@@ -35,6 +41,7 @@ struct Request {
 /** An interface and the requests that it was the subject of. */
 struct Interface {
     std::unique_ptr<Lif> lif;
+    std::vector<std::unique_ptr<Lif>> members; ///< a port-channel's, in the order of joining
     Request up;
     Request down; ///< empty until it is taken down
 };
@@ -54,7 +61,11 @@ public:
 
     /** Installs the router MAC; the code is the station's number, NO_STATION when refused. */
     const Request &add_router_mac(const config::Mac &mac);
-    /** Brings an interface of a supported kind up. The reference stays good. */
+    /**
+     * Brings an interface of a supported kind up, a port-channel member by
+     * member. The reference stays good. A subinterface whose main interface
+     * isn't up gets a record of it that is only registered.
+     */
     const Interface &bring_up(LifPlan plan);
     /**
      * Takes everything down for good, the last one that came up first, the
@@ -69,15 +80,22 @@ public:
 
 private:
     template <class Work> Request run(const std::string &name, Work &&work);
+    Request add(Interface &interface);
+    Request add_members(Interface &interface);
+    Request add_subinterface(Lif &lif);
+    Request remove(Interface &interface);
+    Request remove_members(Interface &interface);
+    Request remove_subinterface(Lif &lif);
+    void file_under_main(Lif &lif);
+    void become_main(Lif &lif);
 
     simswitch::Switch &hardware_;
+    std::map<std::uint32_t, simswitch::services::Tree> subinterfaces_; ///< by main interface
+    std::map<std::uint32_t, std::unique_ptr<Lif>> bare_mains_; ///< registered and not routed
     std::vector<std::unique_ptr<Interface>> interfaces_;
     Request router_mac_;
     Request router_mac_removal_;
     std::optional<int> station_;
 };
-
-/** The plans of all interfaces of supported kinds, tunnels last. */
-std::vector<LifPlan> plans_of(const config::Description &description);
 
 } // namespace lab::l3lif

@@ -78,6 +78,11 @@ public:
         if (const chip::Vlan *routed = chip.vlans.find(RTIFHAL_VLAN_ROUTED)) {
             group_of_routed_ = fmt::format("STG {}", routed->stg);
         }
+        for (const auto &[id, trunk] : chip.trunks.all()) {
+            if (trunk.members.empty()) {
+                empty_trunks_.insert(fmt::format("trunk {}", id));
+            }
+        }
     }
 
     bool operator()(std::string_view change) const
@@ -85,7 +90,7 @@ public:
         const std::string_view line = change.substr(2); // behind "+ " or "- "
         const std::string_view object = line.substr(0, line.find(':'));
         if (object == ROUTED || object == group_of_routed_ || object.starts_with("port ") ||
-            object.starts_with("switch control ")) {
+            object.starts_with("switch control ") || empty_trunks_.contains(object)) {
             return true;
         }
         const bool changes_in_place =
@@ -99,6 +104,7 @@ private:
     std::set<std::string_view> before_;
     std::set<std::string_view> now_;
     std::string group_of_routed_;
+    std::set<std::string, std::less<>> empty_trunks_;
 };
 
 /** What of a designed object must be back all the same: members and ties. */
@@ -170,7 +176,8 @@ std::string stays_by_design(const Moment &before, const simswitch::Switch &hardw
             return change.starts_with("+ ") && change.substr(2).starts_with(start);
         });
     };
-    static constexpr std::array<std::pair<std::string_view, std::string_view>, 3> OBJECTS = {{
+    static constexpr std::array<std::pair<std::string_view, std::string_view>, 4> OBJECTS = {{
+        {"trunk ", "trunks without members"},
         {"switch control ", "switch controls set"},
         {"port ", "ports with settings"},
         {"field entry ", "flood lists without the ports"},

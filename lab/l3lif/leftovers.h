@@ -4,7 +4,7 @@
  *
  * Some things stay by design: the numbers that the library holds back, VLAN
  * 4094 with its spanning tree group, the switch's controls, what a port was
- * set to, and the flood lists that a routed port is taken off.
+ * set to, the trunks without their members, and the flood lists that a routed port is taken off.
  */
 #pragma once
 

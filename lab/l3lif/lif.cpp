@@ -14,6 +14,7 @@ Lif::Lif(simswitch::Switch &hardware, LifPlan plan) : hardware_(hardware), plan_
     record_.ifindex = plan_.ifindex;
     std::copy(plan_.mac.begin(), plan_.mac.end(), record_.mac);
     record_.l3lif_pi_ctxt = &properties_;
+    record_.si_encap_vlan = plan_.vlan;
     properties_.ipv4_en = plan_.ipv4 ? 1 : 0;
     properties_.ipv6_en = plan_.ipv6 ? 1 : 0;
     properties_.vrf = plan_.vrf;
@@ -25,13 +26,25 @@ Lif::Lif(simswitch::Switch &hardware, LifPlan plan) : hardware_(hardware), plan_
 
 Lif::~Lif()
 {
-    hardware_.directory.remove(record_.ifindex);
+    if (hardware_.directory.find(record_.ifindex) == &record_) {
+        hardware_.directory.remove(record_.ifindex);
+    }
     // The library frees the context when the interface goes for good; an
     // interface that is still up, or whose add failed, has it yet.
     if (record_.l3lif_pd_ctxt != nullptr) {
         std::free(record_.l3lif_pd_ctxt->l3_pd);
         std::free(record_.l3lif_pd_ctxt);
     }
+}
+
+void Lif::put_under_view()
+{
+    view_.ifindex = plan_.main;
+    std::copy(plan_.mac.begin(), plan_.mac.end(), view_.mac);
+    view_.int_vlan = plan_.vlan;
+    view_.si_encap_vlan = plan_.vlan;
+    view_.l3lif_pi_ctxt = &properties_;
+    record_.main_l3lif = &view_;
 }
 
 int Lif::iif() const

@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace lab::l3lif
 {
 
@@ -17,6 +19,9 @@ namespace chip = simswitch::chip;
 // switch them on.
 constexpr std::uint32_t INGRESS_IP4_OFF = 0x20;
 constexpr std::uint32_t INGRESS_IP6_OFF = 0x80;
+
+// The port's number in a module port of this switch, whose module is 0.
+constexpr int MODULE_PORT_PORT = 0x7ff;
 
 std::vector<int> ports_tied_to(const chip::Chip &chip, int iif)
 {
@@ -49,18 +54,159 @@ void read_families(const chip::Chip &chip, const chip::L3Ingress &ingress, int p
     }
 }
 
+std::string not_in_vlan(int port, int vlan)
+{
+    return fmt::format("the chip's port {} is not in VLAN {}", port, vlan);
+}
+
 /** What a port lacks to take part in the interface's VLAN. */
 std::string missing_at_port(const chip::Chip &chip, int port, const HardwareView &view)
 {
     const chip::Vlan *vlan = chip.vlans.find(view.vlan);
     if (vlan == nullptr || !vlan->members.has(port)) {
-        return fmt::format("the chip's port {} is not in VLAN {}", port, view.vlan);
+        return not_in_vlan(port, view.vlan);
     }
     const int untagged = chip.ports.get(port).untagged_vlan;
     if (untagged != view.vlan) {
         return fmt::format("untagged frames of the chip's port {} are in VLAN {}", port, untagged);
     }
     return "";
+}
+
+/** Reads the two objects of the view's number; false when there is no L3 interface. */
+bool read_objects(const chip::Chip &chip, int port, HardwareView &view)
+{
+    const chip::L3Ingress *ingress = chip.l3_ingresses.find(view.iif);
+    if (ingress != nullptr) {
+        read_families(chip, *ingress, port, view);
+    } else {
+        view.missing = fmt::format("the chip has no L3 ingress object {}", view.iif);
+    }
+    const chip::L3Interface *interface = chip.l3_interfaces.find(view.iif);
+    if (interface == nullptr) {
+        view.missing = fmt::format("the chip has no L3 interface {}", view.iif);
+        return false;
+    }
+    view.has_interface = true;
+    view.vlan = interface->vlan;
+    view.vrf = interface->vrf;
+    view.mtu = interface->mtu;
+    return true;
+}
+
+std::string names_no_ingress(int port)
+{
+    return fmt::format("the chip's port {} names no ingress object", port);
+}
+
+HardwareView read_port_or_tunnel(const chip::Chip &chip, const Lif &lif)
+{
+    const int port = lif.plan().chip_port;
+    HardwareView view;
+    view.iif = port != 0 ? chip.ports.control(port, chip::PORT_CONTROL_INGRESS) : lif.iif();
+    if (view.iif == 0) {
+        view.missing = port != 0 ? names_no_ingress(port) : "it has no number in the chip";
+        return view;
+    }
+    if (port != 0) {
+        view.ports = ports_tied_to(chip, view.iif);
+    }
+    if (read_objects(chip, port, view) && port != 0 && view.missing.empty()) {
+        view.missing = missing_at_port(chip, port, view);
+    }
+    return view;
+}
+
+/** The ports in a trunk, in order; none where the chip has no such trunk. */
+std::vector<int> ports_of_trunk(const chip::Chip &chip, int trunk)
+{
+    std::vector<int> ports;
+    if (const chip::Trunk *found = chip.trunks.find(trunk)) {
+        for (const chip::TrunkMember &member : found->members) {
+            ports.push_back(member.gport & MODULE_PORT_PORT);
+        }
+    }
+    std::sort(ports.begin(), ports.end());
+    return ports;
+}
+
+/** What a trunk lacks of the members that it was meant to have. */
+std::string missing_in_trunk(const LifPlan &plan, const std::vector<int> &ports)
+{
+    for (const PlannedMember &member : plan.members) {
+        if (std::find(ports.begin(), ports.end(), member.chip_port) == ports.end()) {
+            return fmt::format("the chip's port {} is not in trunk {}", member.chip_port,
+                               plan.trunk);
+        }
+    }
+    return "";
+}
+
+HardwareView read_port_channel(const chip::Chip &chip, const Lif &lif)
+{
+    const LifPlan &plan = lif.plan();
+    HardwareView view;
+    view.ports = ports_of_trunk(chip, plan.trunk);
+    if (view.ports.empty()) {
+        view.missing = fmt::format("the chip's trunk {} has no members", plan.trunk);
+        return view;
+    }
+    view.iif = chip.ports.control(view.ports.front(), chip::PORT_CONTROL_INGRESS);
+    if (view.iif == 0) {
+        view.missing = names_no_ingress(view.ports.front());
+        return view;
+    }
+    if (!read_objects(chip, view.ports.front(), view)) {
+        return view;
+    }
+    if (view.missing.empty()) {
+        view.missing = missing_in_trunk(plan, view.ports);
+    }
+    for (const int port : view.ports) {
+        if (view.missing.empty() &&
+            chip.ports.control(port, chip::PORT_CONTROL_INGRESS) != view.iif) {
+            view.missing =
+                fmt::format("the chip's port {} is not tied to ingress object {}", port, view.iif);
+        }
+        if (view.missing.empty()) {
+            view.missing = missing_at_port(chip, port, view);
+        }
+    }
+    return view;
+}
+
+HardwareView read_subinterface(const chip::Chip &chip, const Lif &lif)
+{
+    const LifPlan &plan = lif.plan();
+    const bool on_trunk = plan.trunk != 0;
+    HardwareView view;
+    view.ports = on_trunk ? ports_of_trunk(chip, plan.trunk) : std::vector<int>{plan.chip_port};
+    const int gport =
+        on_trunk ? chip::trunk_gport(plan.trunk) : chip::module_port(0, plan.chip_port);
+    const chip::TranslationAction *translation = chip.vlan_translations.find(
+        {gport, chip::KEY_TYPE_PORT_OUTER, plan.vlan, chip::ANY_INNER_VLAN});
+    if (translation == nullptr) {
+        view.ports.clear();
+        view.missing = fmt::format("the chip's {} {} has no translation of VLAN {}",
+                                   on_trunk ? "trunk" : "port",
+                                   on_trunk ? plan.trunk : plan.chip_port, plan.vlan);
+        return view;
+    }
+    view.iif = translation->ingress_if;
+    if (!read_objects(chip, view.ports.empty() ? 0 : view.ports.front(), view)) {
+        return view;
+    }
+    if (view.missing.empty() && view.iif != lif.iif()) {
+        view.missing = fmt::format("the translation of VLAN {} names ingress object {}, not {}",
+                                   plan.vlan, view.iif, lif.iif());
+    }
+    const chip::Vlan *vlan = chip.vlans.find(plan.vlan);
+    for (const int port : view.ports) {
+        if (view.missing.empty() && (vlan == nullptr || !vlan->members.has(port))) {
+            view.missing = not_in_vlan(port, plan.vlan);
+        }
+    }
+    return view;
 }
 
 } // namespace
@@ -79,37 +225,17 @@ std::vector<std::string_view> HardwareView::families() const
 
 HardwareView read_back(const simswitch::Switch &hardware, const Lif &lif)
 {
-    const chip::Chip &chip = hardware.chip;
-    const int port = lif.plan().chip_port;
-    HardwareView view;
-    view.iif = port != 0 ? chip.ports.control(port, chip::PORT_CONTROL_INGRESS) : lif.iif();
-    if (view.iif == 0) {
-        view.missing = port != 0 ? fmt::format("the chip's port {} names no ingress object", port)
-                                 : "it has no number in the chip";
-        return view;
+    switch (lif.plan().kind) {
+    case config::Kind::port_channel:
+        return read_port_channel(hardware.chip, lif);
+    case config::Kind::subinterface:
+        return read_subinterface(hardware.chip, lif);
+    case config::Kind::port:
+    case config::Kind::svi:
+    case config::Kind::tunnel:
+        break;
     }
-    if (port != 0) {
-        view.ports = ports_tied_to(chip, view.iif);
-    }
-    const chip::L3Ingress *ingress = chip.l3_ingresses.find(view.iif);
-    if (ingress != nullptr) {
-        read_families(chip, *ingress, port, view);
-    } else {
-        view.missing = fmt::format("the chip has no L3 ingress object {}", view.iif);
-    }
-    const chip::L3Interface *interface = chip.l3_interfaces.find(view.iif);
-    if (interface == nullptr) {
-        view.missing = fmt::format("the chip has no L3 interface {}", view.iif);
-        return view;
-    }
-    view.has_interface = true;
-    view.vlan = interface->vlan;
-    view.vrf = interface->vrf;
-    view.mtu = interface->mtu;
-    if (port != 0 && view.missing.empty()) {
-        view.missing = missing_at_port(chip, port, view);
-    }
-    return view;
+    return read_port_or_tunnel(hardware.chip, lif);
 }
 
 } // namespace lab::l3lif

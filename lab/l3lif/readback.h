@@ -3,7 +3,9 @@
  * and from nowhere else.
  *
  * A port names its ingress object in port control 67, which is the interface's
- * number. A tunnel is tied to no port; its number is the library's.
+ * number; the ports of a port-channel are the members of its trunk. A
+ * subinterface's is what the translation of its VLAN names, on its port or
+ * trunk. A tunnel is tied to no port; its number is the library's.
  */
 #pragma once
 
@@ -27,7 +29,7 @@ struct HardwareView {
     int mtu = 0;
     bool ipv4 = false;      ///< the chip routes IPv4 that comes in on it
     bool ipv6 = false;      ///< the chip routes IPv6 that comes in on it
-    std::vector<int> ports; ///< the chip's ports that are tied to it
+    std::vector<int> ports; ///< the chip's ports that it runs on
     std::string missing;    ///< what it lacks to be up, in words; empty when it is up
 
     /** "ipv4", "ipv6". */

@@ -63,7 +63,7 @@ TEST(Ports, WithoutATableAreThoseThatInterfaceRowsName)
     EXPECT_EQ(config.ports.at("Ethernet4").chip_port, 1U);
     EXPECT_EQ(config.ports.at("Ethernet8").chip_port, 2U);
     EXPECT_EQ(config.ports.at("Ethernet16").chip_port, 3U);
-    EXPECT_EQ(config.notes.back(),
+    EXPECT_EQ(config.notes[1],
               "leaf.json: there is no PORT table; its ports are the 3 that interface rows name");
 }
 
@@ -173,8 +173,9 @@ TEST(Interfaces, MacIsTheirOwnOrTheDevices)
 
 TEST(Interfaces, KindsByTable)
 {
-    const auto config = read(R"({"PORT": {"Ethernet0": {}},
+    const auto config = read(R"({"PORT": {"Ethernet0": {}, "Ethernet4": {}},
         "INTERFACE": {"Ethernet0": {}}, "PORTCHANNEL_INTERFACE": {"PortChannel0003": {}},
+        "PORTCHANNEL_MEMBER": {"PortChannel0003|Ethernet4": {}},
         "VLAN_INTERFACE": {"Vlan111": {}},
         "VLAN_SUB_INTERFACE": {"Ethernet0.10": {}, "Po0003.7": {"vlan": 70}}})");
     EXPECT_EQ(messages(config), Lines{});

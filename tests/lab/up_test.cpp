@@ -2,39 +2,20 @@
  * up_test.cpp: configurations come up on a switch and go down again; what is
  * shown is what the chip holds.
  */
-#include "commands/up.h"
-#include "support/library_test.h"
+#include "up_run.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <sstream>
 
 namespace
 {
 
 using lab::commands::UpOptions;
+using lab_test::UpTest;
 using nlohmann::json;
 using simswitch::chip::Kind;
-
-/** A folder for one test, which goes with it. */
-class Folder
-{
-public:
-    Folder()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "rtif-XXXXXX").string();
-        path = mkdtemp(name.data());
-    }
-    ~Folder() { std::filesystem::remove_all(path); }
-    Folder(const Folder &) = delete;
-    Folder &operator=(const Folder &) = delete;
-
-    std::filesystem::path path;
-};
 
 constexpr const char *SMALL = R"({
   "DEVICE_METADATA": {"localhost": {"hostname": "leaf1", "mac": "02:00:00:00:00:09"}},
@@ -47,41 +28,19 @@ constexpr const char *SMALL = R"({
   "VLAN_INTERFACE": {"Vlan7": {}},
   "TUNNEL": {"T": {"tunnel_type": "IPINIP", "dst_ip": "10.1.0.1"}}})";
 
-/** A run on a switch of its own, with a library as it is after loading. */
-class Up : public ::testing::Test
+/** Runs on the small configuration where a test gives none. */
+class Up : public UpTest
 {
 protected:
-    Up() { rtifhal_test::reset_library(); }
-
-    /** Runs the command; returns its exit code. */
     int run(simswitch::Switch &hardware, const std::string &config = SMALL, UpOptions options = {})
     {
-        options.config = folder.path / "leaf.json";
-        std::ofstream(options.config) << config;
-        std::ostringstream out;
-        const int code = lab::commands::up_on(hardware, options, out);
-        text = out.str();
-        // Paths differ from run to run.
-        const std::string path = folder.path.string() + "/";
-        for (std::size_t at = text.find(path); at != std::string::npos; at = text.find(path)) {
-            text.erase(at, path.size());
-        }
-        return code;
+        return UpTest::run(hardware, config, std::move(options));
     }
-
-    /** The same with --json; the object is in `object`. */
     int run_json(simswitch::Switch &hardware, const std::string &config = SMALL,
                  UpOptions options = {})
     {
-        options.json = true;
-        const int code = run(hardware, config, options);
-        object = json::parse(text);
-        return code;
+        return UpTest::run_json(hardware, config, std::move(options));
     }
-
-    Folder folder;
-    std::string text;
-    json object;
 };
 
 std::string examples_leaf()
@@ -123,10 +82,11 @@ TEST_F(Up, FamiliesOfATridentAreControlsOfThePort)
     EXPECT_EQ(object["interfaces"][0]["families"], json({"ipv4"}));
     EXPECT_EQ(object["interfaces"][1]["families"], json::array());
     EXPECT_EQ(object["interfaces"][2]["families"], json({"ipv4"}));
-    EXPECT_EQ(object["notes"],
-              json({"leaf.json: 1 of 4 interfaces, Ethernet8 the first, do not route the families "
-                    "of their addresses: on a Trident those are controls of the port, and "
-                    "bringing a port up opens it for IPv4 only"}));
+    EXPECT_EQ(
+        object["notes"],
+        json({"leaf.json: 1 of 4 interfaces, Ethernet8 the first, do not route the families "
+              "of their addresses: on a Trident those are controls of the port, and "
+              "bringing a port up opens it for IPv4 only, bringing a subinterface up for both"}));
 
     hardware.chip.ports.set_control(3, simswitch::chip::PORT_CONTROL_IP6, 1);
     lab::l3lif::Lif port(hardware, {.chip_port = 3});
@@ -191,7 +151,7 @@ TEST_F(Up, ExampleComesUpAndGoesOnBothChips)
         rtifhal_test::reset_library();
         simswitch::Switch hardware({.chip = kind});
         EXPECT_EQ(run_json(hardware, examples_leaf(), {.then_down = true}), 0);
-        EXPECT_EQ(object["totals"]["up"], 34);
+        EXPECT_EQ(object["totals"]["up"], 40);
         EXPECT_EQ(object["totals"]["failed"], 0);
         EXPECT_EQ(object["skipped"].size(), 1U);
         EXPECT_EQ(object["teardown"], json::parse(R"({"clean": true, "left": []})"));

@@ -1,0 +1,120 @@
+/*
+ * plans.cpp: see plans.h.
+ */
+#include "l3lif/plans.h"
+
+#include "l3lif/layer.h"
+#include "services/ifindex.h"
+
+namespace lab::l3lif
+{
+
+namespace
+{
+
+namespace if_index = simswitch::if_index;
+
+const config::Port &port_of(const config::Description &description, const std::string &name)
+{
+    return description.ports.find(name)->second;
+}
+
+std::uint32_t ifindex_of(const config::Port &port)
+{
+    return if_index::port(port.chip_port - 1);
+}
+
+void plan_port(LifPlan &plan, const config::Port &port)
+{
+    plan.ifindex = ifindex_of(port);
+    plan.chip_port = static_cast<int>(port.chip_port);
+    plan.mtu = port.mtu;
+}
+
+void plan_port_channel(LifPlan &plan, const config::PortChannel &channel,
+                       const config::Description &description)
+{
+    plan.ifindex = if_index::port_channel(channel.number);
+    plan.trunk = static_cast<int>(channel.trunk);
+    plan.mtu = channel.mtu;
+    for (const auto &name : channel.members) {
+        const config::Port &port = port_of(description, name);
+        plan.members.push_back({name, static_cast<int>(port.chip_port), ifindex_of(port)});
+    }
+}
+
+void plan_subinterface(LifPlan &plan, const config::RoutedInterface &interface,
+                       const config::Description &description)
+{
+    plan.vlan = interface.vlan;
+    const auto channel = description.port_channels.find(interface.main);
+    if (channel == description.port_channels.end()) {
+        const config::Port &port = port_of(description, interface.main);
+        plan.main = ifindex_of(port);
+        plan.ifindex = if_index::port_sub(port.chip_port - 1, interface.number);
+        plan.chip_port = static_cast<int>(port.chip_port);
+        plan.mtu = port.mtu;
+    } else {
+        plan.main = if_index::port_channel(channel->second.number);
+        plan.ifindex = if_index::port_channel_sub(channel->second.number, interface.number);
+        plan.trunk = static_cast<int>(channel->second.trunk);
+        plan.mtu = channel->second.mtu;
+    }
+    if (interface.mtu != 0) {
+        plan.mtu = interface.mtu;
+    }
+}
+
+LifPlan plan_of(const config::RoutedInterface &interface, const config::Description &description)
+{
+    LifPlan plan;
+    plan.kind = interface.kind;
+    plan.name = interface.name;
+    plan.table = interface.table;
+    plan.mac = interface.mac.value_or(description.device_mac);
+    plan.vrf = interface.vrf;
+    plan.ipv4 = interface.routes(false);
+    plan.ipv6 = interface.routes(true);
+    plan.mpls = interface.mpls;
+    if (interface.kind == config::Kind::port) {
+        plan_port(plan, port_of(description, interface.name));
+    } else if (interface.kind == config::Kind::port_channel) {
+        plan_port_channel(plan, description.port_channels.find(interface.name)->second,
+                          description);
+    } else {
+        plan_subinterface(plan, interface, description);
+    }
+    return plan;
+}
+
+LifPlan plan_of(const config::Tunnel &tunnel, unsigned number,
+                const config::Description &description)
+{
+    LifPlan plan;
+    plan.kind = config::Kind::tunnel;
+    plan.name = tunnel.name;
+    plan.table = tunnel.table;
+    plan.ifindex = if_index::tunnel(number);
+    plan.mac = description.device_mac;
+    plan.ipv4 = true;
+    return plan;
+}
+
+} // namespace
+
+std::vector<LifPlan> plans_of(const config::Description &description)
+{
+    std::vector<LifPlan> plans;
+    for (const auto &interface : description.interfaces) {
+        if (supports(interface.kind)) {
+            plans.push_back(plan_of(interface, description));
+        }
+    }
+    for (const auto &tunnel : description.tunnels) {
+        const auto number = static_cast<unsigned>(&tunnel - description.tunnels.data()) + 1;
+        plans.push_back(plan_of(tunnel, number, description));
+    }
+    return plans;
+}
+
+} // namespace lab::l3lif
