@@ -35,6 +35,7 @@ void reset_platform_data(void *store_context)
 
 } // namespace
 
+// cppcheck-suppress passedByValue  // the name of the folder is moved out of it
 Switch::Switch(Options options)
     : chip(options.chip, options.limits), wrappers(chip), store(std::move(options.state_dir)),
       previous_(std::exchange(latest, this))

@@ -174,6 +174,7 @@ void read_properties(RoutedInterface &interface, const Row &own, const Descripti
         if (known == description.vrfs.end()) {
             refuse("vrf_name {} names no row of VRF", in_quotes(*vrf));
         }
+        // cppcheck-suppress derefInvalidIteratorRedundantCheck  // refuse() doesn't return
         interface.vrf = known->second;
     }
     if (const std::string *text = scalar(own, "mac_addr")) {

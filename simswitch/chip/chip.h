@@ -43,7 +43,7 @@ public:
      * @param kind    the kind of chip
      * @param limits  table sizes, the kind's own where 0
      */
-    explicit Chip(Kind kind = Kind::trident, Limits limits = {})
+    explicit Chip(Kind kind = Kind::trident, const Limits &limits = {})
         : kind_(kind), limits_(sizes_of(kind, limits))
     {
     }

@@ -173,8 +173,10 @@ std::map<int, Port> Ports::all() const
 
 Port &Ports::touch(int port)
 {
-    Port *found = table_.find(port);
-    return found != nullptr ? *found : table_.put(port, {});
+    if (Port *found = table_.find(port)) {
+        return *found;
+    }
+    return table_.put(port, {});
 }
 
 } // namespace simswitch::chip

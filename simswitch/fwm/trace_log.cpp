@@ -20,7 +20,6 @@ using simswitch::Layer;
 using simswitch::Switch;
 using simswitch::TraceSink;
 using simswitch::fwm::Message;
-using simswitch::fwm::TraceLog;
 
 FILE *dbg_out_file = nullptr;
 const char *sdwrap_dbg_modname = "fwm";
@@ -64,6 +63,7 @@ void TraceLog::add_error(Message message)
     if (messages_.empty() || messages_.back() != message) {
         add_trace(std::move(message));
     }
+    // cppcheck-suppress containerOutOfBounds  // there is one now
     messages_.back().level = LEVEL_ERROR;
 }
 

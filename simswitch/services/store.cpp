@@ -151,7 +151,7 @@ std::optional<StoredInterface> Store::stored_interface(std::uint32_t ifindex)
 {
     for (StoredInterface &row : stored_interfaces()) {
         if (row.ifindex == ifindex) {
-            return std::move(row);
+            return std::make_optional(std::move(row));
         }
     }
     return std::nullopt;

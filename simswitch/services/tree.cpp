@@ -145,7 +145,7 @@ Outcome insert(avl_tree_t *tree, void *record)
     if (!Algorithms::insert_unique_check(header, key, Before{tree->compare}, place).second) {
         return {ERROR_EXISTS, "a record of this key is in the tree"};
     }
-    auto *node = new (std::nothrow) avl_node_t{};
+    avl_node_t *node = new (std::nothrow) avl_node_t{};
     if (node == nullptr) {
         return {ERROR_FULL, "memory is out"};
     }
