@@ -9,8 +9,8 @@
  * l3pc_trunk.cpp has the trunk, l3pc_delete.cpp the way back; subinterfaces
  * that come later walk the trunk's members themselves, subint.cpp.
  */
+#include "frame/controls.h"
 #include "frame/trace.h"
-#include "kinds/controls.h"
 #include "l3_objects/working_lif.h"
 #include "rtifhal_trident.h"
 #include "vlan/gport.h"

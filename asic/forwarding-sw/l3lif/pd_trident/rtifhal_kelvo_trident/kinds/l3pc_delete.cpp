@@ -5,8 +5,8 @@
  * done all the same, but for the trunk's id and the walk over the
  * subinterfaces. The trunk stays, also without members. l3pc.cpp is the add.
  */
+#include "frame/controls.h"
 #include "frame/trace.h"
-#include "kinds/controls.h"
 #include "kinds/read_object.h"
 #include "l3_objects/working_lif.h"
 #include "rtifhal_trident.h"

@@ -4,8 +4,8 @@
  * It has no VLAN of its own: it sits untagged in VLAN 4094. The add stops at
  * the first failing step, the delete reports and goes on; nothing is undone.
  */
+#include "frame/controls.h"
 #include "frame/trace.h"
-#include "kinds/controls.h"
 #include "kinds/read_object.h"
 #include "l3_objects/working_lif.h"
 #include "rtifhal_trident.h"

@@ -4,8 +4,8 @@
  * The tunnel's initiator is programmed elsewhere and only cleared here. A
  * delete always destroys. lif_state isn't kept for tunnels.
  */
+#include "frame/controls.h"
 #include "frame/trace.h"
-#include "kinds/controls.h"
 #include "kinds/read_object.h"
 #include "rtifhal_trident.h"
 

@@ -10,8 +10,9 @@
  * subint_delete.cpp is the way back, l3pc.cpp replays subinterfaces on members
  * that come later.
  */
+#include "frame/controls.h"
+#include "frame/properties.h"
 #include "frame/trace.h"
-#include "kinds/controls.h"
 #include "kinds/subint_ports.h"
 #include "l3_objects/working_lif.h"
 #include "rtifhal_trident.h"
@@ -26,8 +27,6 @@
 namespace
 {
 
-constexpr int DEFAULT_VRF = 1;
-constexpr int DEFAULT_MTU = 1500;
 /** Finds the port, or the trunk with its members as the chip has them. */
 int find_ports(struct l3lif *l3lif, subint_ports &ports)
 {
@@ -73,10 +72,8 @@ int prepare_object(struct l3lif *l3lif, int create, bcm_l3_intf_t &intf)
 
 void fill_properties(const struct l3lif_pi_ctxt *properties, bcm_l3_intf_t &intf)
 {
-    const bool has_vrf = properties != nullptr && properties->vrf != 0;
-    const bool has_mtu = properties != nullptr && properties->mtu != 0;
-    intf.l3a_vrf = has_vrf ? properties->vrf : DEFAULT_VRF;
-    intf.l3a_mtu = has_mtu ? properties->mtu : DEFAULT_MTU;
+    intf.l3a_vrf = vrf_of_property(properties != nullptr ? properties->vrf : 0);
+    intf.l3a_mtu = mtu_of_property(properties != nullptr ? properties->mtu : 0);
 }
 
 /** Each member in turn; a member that is no port goes through with port -1. */

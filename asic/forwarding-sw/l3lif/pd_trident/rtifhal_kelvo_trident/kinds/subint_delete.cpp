@@ -4,8 +4,8 @@
  *
  * The walk over the members goes on whatever fails. subint.cpp is the add.
  */
+#include "frame/controls.h"
 #include "frame/trace.h"
-#include "kinds/controls.h"
 #include "kinds/subint_ports.h"
 #include "l3_objects/working_lif.h"
 #include "rtifhal_trident.h"

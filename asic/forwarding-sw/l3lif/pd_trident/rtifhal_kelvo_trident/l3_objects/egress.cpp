@@ -5,6 +5,7 @@
  */
 #include "l3_objects/egress.h"
 
+#include "frame/controls.h"
 #include "frame/trace.h"
 #include "l3_objects/working_lif.h"
 #include "rtifhal_trident.h"
@@ -13,13 +14,6 @@
 #include <fwmpd/wrappers.h>
 
 uint32_t l3_egress_count;
-
-namespace
-{
-
-constexpr int SWITCH_CONTROL_EGRESS = 230;
-
-} // namespace
 
 int rtifhal_l3_egr_create(struct l3lif *l3lif)
 {

@@ -8,6 +8,7 @@
  * learns of it from the messages only.
  */
 #include "frame/if_types.h"
+#include "frame/properties.h"
 #include "frame/trace.h"
 #include "l3_objects/ingress_ties.h"
 #include "l3_objects/working_lif.h"
@@ -33,8 +34,6 @@ constexpr uint32_t CLASS_ALWAYS = 64;
 constexpr uint32_t CLASS_HIGH = 128;
 constexpr int CLASS_MAX = 255;
 
-constexpr int DEFAULT_VRF = 1;
-
 /** The chip's reverse-path mode of the layer above's. */
 int urpf_mode_of(uint8_t property)
 {
@@ -52,10 +51,10 @@ int urpf_mode_of(uint8_t property)
 int vrf_of(const struct l3lif_pi_ctxt &properties)
 {
     if (properties.ipv4_en != 0) {
-        return properties.vrf != 0 ? properties.vrf : DEFAULT_VRF;
+        return vrf_of_property(properties.vrf);
     }
     if (properties.ipv6_en != 0) {
-        return properties.ipv6_vrf != 0 ? properties.ipv6_vrf : DEFAULT_VRF;
+        return vrf_of_property(properties.ipv6_vrf);
     }
     return 0;
 }

@@ -6,6 +6,7 @@
  * although the creation has one: members of a port-channel keep port control
  * 67 until they are reused, and nothing may rely on it being cleared.
  */
+#include "frame/controls.h"
 #include "frame/if_types.h"
 #include "frame/trace.h"
 #include "l3_objects/ingress_ties.h"

@@ -3,6 +3,7 @@
  */
 #include "l3_objects/ingress_ties.h"
 
+#include "frame/controls.h"
 #include "frame/trace.h"
 #include "rtifhal_trident.h"
 #include "vlan/gport.h"

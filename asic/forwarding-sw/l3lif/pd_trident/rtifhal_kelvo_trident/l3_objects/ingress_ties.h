@@ -10,9 +10,6 @@
 
 #include <sdk/l3.h>
 
-/** The port's L3 ingress interface. */
-inline constexpr int PORT_CONTROL_INGRESS_IF = 67;
-
 /** Value of a VLAN's vc_class: an ingress object is mapped. */
 inline constexpr uint32_t VLAN_CLASS_INGRESS_MAPPED = 4;
 

@@ -9,6 +9,7 @@
  * frame/iif_table.cpp has the numbers, working_lif.h the choice of the record.
  */
 #include "frame/iif_table.h"
+#include "frame/properties.h"
 #include "frame/trace.h"
 #include "l3_objects/working_lif.h"
 #include "rtifhal_trident.h"
@@ -29,8 +30,6 @@ constexpr uint32_t INTF_REPLACE = 0x100;
 /** The group bit of a MAC's first byte. */
 constexpr uint8_t MAC_GROUP_BIT = 0x01;
 
-constexpr int DEFAULT_VRF = 1;
-constexpr int DEFAULT_MTU = 1500;
 constexpr int EXHAUSTED_PRIORITY = LOG_CRIT;
 
 /** Name of the interface that got no number. */
@@ -159,7 +158,7 @@ void fill_properties(creation &step)
     struct l3lif_pi_ctxt *const properties = step.working->l3lif_pi_ctxt;
     if (properties != nullptr) {
         vrf = properties->vrf;
-        mtu = properties->mtu != 0 ? properties->mtu : DEFAULT_MTU;
+        mtu = mtu_of_property(properties->mtu);
         if (properties->acl_qos_label_pending != 0) {
             find_l3_pd(step.working)->acl_qos_label_ingress = properties->acl_qos_label_pending;
             properties->acl_qos_label_pending = 0;

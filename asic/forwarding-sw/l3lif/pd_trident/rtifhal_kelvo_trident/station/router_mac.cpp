@@ -5,6 +5,7 @@
  * The layer above keeps the list of router MACs. The CPU port's controls carry
  * no count: each add switches both on, each delete both off.
  */
+#include "frame/controls.h"
 #include "frame/trace.h"
 #include "rtifhal_trident.h"
 
@@ -25,8 +26,6 @@ constexpr int NO_STATION = 0xFFFF;
 constexpr uint32_t STATION_FLAGS = 0x1C;
 
 constexpr int CPU_PORT = 0;
-constexpr int PORT_CONTROL_IP4 = 8;
-constexpr int PORT_CONTROL_IP6 = 9;
 
 /** A router MAC matches in every VLAN and on every port. */
 bcm_l2_station_t router_station(const uint8_t *mac)

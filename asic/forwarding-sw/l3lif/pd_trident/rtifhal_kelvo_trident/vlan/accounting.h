@@ -14,6 +14,11 @@ inline constexpr uint32_t PORT_VLAN_BITMAP_SIZE = 512;
 inline constexpr int VLAN_COUNT = 4096;
 inline constexpr int PORT_COUNT = 256;
 
+/** Kinds of use of a VLAN. */
+inline constexpr int USE_ROUTED = 1;
+inline constexpr int USE_SVI = 2;
+inline constexpr int USE_L2 = 3;
+
 /** Spanning tree states of a port. */
 inline constexpr int STP_DISABLED = 0;
 inline constexpr int STP_FORWARDING = 4;

@@ -20,11 +20,6 @@
 namespace
 {
 
-/** Kinds of use. */
-constexpr int USE_ROUTED = 1;
-constexpr int USE_SVI = 2;
-constexpr int USE_L2 = 3;
-
 /** One request, as the steps hand it on. */
 struct use_change {
     int unit;

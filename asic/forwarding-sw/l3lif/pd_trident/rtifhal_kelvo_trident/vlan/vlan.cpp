@@ -9,6 +9,7 @@
 #include "vlan/vlan.h"
 
 #include "field/floodlist.h"
+#include "frame/controls.h"
 #include "frame/trace.h"
 #include "rtifhal_trident.h"
 #include "vlan/accounting.h"
@@ -33,9 +34,7 @@ constexpr uint32_t NEW_VLAN_FLAGS = 0x278;
 constexpr int VLAN_CPU_MEMBER = 0;
 
 constexpr int STG_MASK = 0xffff;
-constexpr int USE_ROUTED = 1;
 
-constexpr int PORT_CONTROL_VXLAN = 187;
 constexpr int PORT_VLAN_CONTROL_XLATE = 2;
 constexpr int PORT_VLAN_CONTROL_XLATE_MISS_DROP = 4;
 
