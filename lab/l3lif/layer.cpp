@@ -59,7 +59,7 @@ void Request::append(Request next)
 std::string Request::last_error() const
 {
     for (auto message = messages.rbegin(); message != messages.rend(); ++message) {
-        const std::string text = trimmed(message->text);
+        std::string text = trimmed(message->text);
         const bool harmless =
             is_progress(text) || (!expected.empty() && text.starts_with(expected));
         if (message->level == simswitch::fwm::LEVEL_ERROR && !harmless) {
