@@ -29,6 +29,7 @@ void reset_platform_data(void *store_context)
     g_fwm_pss_context = store_context;
     dbg_out_file = nullptr;
     fwmpd_asic_cpu_port = 0;
+    fwmpd_trident_unit = 0;
     std::fill_n(fwmpd_global_config, services::GLOBAL_CONFIG_BYTES, std::uint8_t{0});
     std::fill_n(l3lif_global_data, services::LAYER_DATA_BYTES, std::uint8_t{0});
 }
@@ -41,6 +42,8 @@ Switch::Switch(Options options)
       previous_(std::exchange(latest, this))
 {
     reset_platform_data(store.context());
+    // The platform makes this group itself, and leaves it off.
+    chip.field_groups.create(chip::ND_GROUP, {.enabled = false});
 }
 
 Switch::~Switch()

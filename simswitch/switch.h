@@ -54,7 +54,7 @@ public:
     chip::Chip chip;               ///< the tables of the chip
     fwm::Wrappers wrappers;        ///< write queue and caches
     fwm::TraceLog trace;           ///< messages of the library, syslog, history, debug output
-    fwm::HostState host;           ///< trunk map, error texts, in-band set-up
+    fwm::HostState host;           ///< trunk map, VLAN records, error texts, in-band set-up
     services::Directory directory; ///< the interfaces that the layer above has registered
     services::SystemState system;  ///< fast restart, platform keys
     services::Heap heap;           ///< tracked allocations, allocation faults

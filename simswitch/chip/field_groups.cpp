@@ -20,8 +20,8 @@ constexpr const char *KIND = "field group";
 
 std::string text(const FieldGroup &group)
 {
-    return fmt::format("priority {} qualifiers {}", group.priority,
-                       fmt::join(group.qualifiers, " "));
+    return fmt::format("priority {} qualifiers {}{}", group.priority,
+                       fmt::join(group.qualifiers, " "), group.enabled ? "" : " off");
 }
 
 FieldGroups::FieldGroups(std::size_t limit) : limit_(limit)
@@ -50,6 +50,17 @@ Outcome FieldGroups::remove(int id)
         return unknown(KIND, id);
     }
     return {};
+}
+
+Outcome FieldGroups::set_enabled(int id, bool enabled)
+{
+    const FieldGroup *found = find(id);
+    if (found == nullptr) {
+        return unknown(KIND, id);
+    }
+    FieldGroup changed = *found;
+    changed.enabled = enabled;
+    return set(id, changed);
 }
 
 Outcome FieldGroups::set(int id, const FieldGroup &group)

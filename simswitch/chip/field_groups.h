@@ -17,16 +17,18 @@ namespace simswitch::chip
 inline constexpr int QUALIFIER_IN_PORTS = 13;    ///< the ports on which the frame may come in
 inline constexpr int QUALIFIER_L3_ROUTABLE = 82; ///< whether the frame is L3-routable
 inline constexpr int SUP_GROUP = 1;              ///< the group of the platform's own entries
+inline constexpr int ND_GROUP = 13;              ///< the group for IPv6 neighbour discovery
 
 /** A field group. */
 struct FieldGroup {
     int priority = 0;           ///< the higher goes first
     std::set<int> qualifiers{}; ///< qualifiers that its entries may use
+    bool enabled = true;        ///< off: its entries don't count
 
     bool operator==(const FieldGroup &) const = default;
 };
 
-/** "priority 0 qualifiers 13 82". */
+/** "priority 0 qualifiers 13 82", with " off" behind it when it is off. */
 std::string text(const FieldGroup &group);
 
 /** The table of field groups; the caller chooses the ids. */
@@ -43,6 +45,9 @@ public:
     Outcome remove(int id);
     /** Replaces a group. -7 when there is none. */
     Outcome set(int id, const FieldGroup &group);
+
+    /** Switches a group on or off. -7 when there is none of this id. */
+    Outcome set_enabled(int id, bool enabled);
 
     /** The group, null when there is none. */
     const FieldGroup *find(int id) const { return table_.find(id); }

@@ -24,6 +24,17 @@ Outcome check(const Station &station)
     return {};
 }
 
+bool matches(const Station &station, const Mac &mac, std::uint16_t vlan, int port)
+{
+    for (std::size_t i = 0; i < mac.size(); ++i) {
+        if (((mac.at(i) ^ station.mac.at(i)) & station.mac_mask.at(i)) != 0) {
+            return false;
+        }
+    }
+    return ((vlan ^ station.vlan) & station.vlan_mask) == 0 &&
+           ((port ^ station.src_port) & station.src_port_mask) == 0;
+}
+
 } // namespace
 
 std::string text(const Station &station)
@@ -65,6 +76,17 @@ Outcome Stations::set(int id, const Station &station)
     }
     table_.put(id, station);
     return {};
+}
+
+std::optional<int> Stations::match(const Mac &mac, std::uint16_t vlan, int port) const
+{
+    std::optional<int> first;
+    table_.for_each([&](int id, const Station &station) {
+        if ((!first || id < *first) && matches(station, mac, vlan, port)) {
+            first = id;
+        }
+    });
+    return first;
 }
 
 } // namespace simswitch::chip

@@ -2,14 +2,16 @@
  * stations.h: the L2 stations: which destination MACs, in which VLAN, lift a
  * frame out of bridging into routing.
  *
- * The chip gives the ids, from 1. Several stations may match the same frames;
- * the chip doesn't compare them.
+ * The chip gives the ids, from 1. Several stations may match the same frames:
+ * the chip doesn't compare them, and the one with the lowest id takes a frame.
  */
 #pragma once
 
 #include "chip/basics.h"
 #include "chip/outcome.h"
 #include "chip/table.h"
+
+#include <optional>
 
 namespace simswitch::chip
 {
@@ -48,6 +50,16 @@ public:
     Outcome remove(int id);
     /** Replaces a station. -4 as create; -7 when there is none of this id. */
     Outcome set(int id, const Station &station);
+
+    /**
+     * Looks for the station that takes a frame.
+     *
+     * @param mac   destination MAC of the frame
+     * @param vlan  its VLAN, 0..4095
+     * @param port  the port on which it came in
+     * @return the id of the first station, by id, that matches under its masks
+     */
+    std::optional<int> match(const Mac &mac, std::uint16_t vlan, int port) const;
 
     /** The station of an id, null when there is none. */
     const Station *find(int id) const { return table_.find(id); }

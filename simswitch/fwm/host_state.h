@@ -1,12 +1,15 @@
 /*
  * host_state.h: the forwarding manager's state that routed interfaces look at:
- * which port-channel has which trunk id, and the texts of system error codes.
+ * which port-channel has which trunk id, which VLANs there are, and the texts of
+ * system error codes.
  *
  * The kind of start (g_fwm_pss_restore_mode) is a word of the platform, set
  * where it is needed and put back to 0 with each new switch. Beside it:
- * trace_log.h, wrappers.h.
+ * vlan_records.h, trace_log.h, wrappers.h.
  */
 #pragma once
+
+#include "fwm/vlan_records.h"
 
 #include <cstdint>
 #include <map>
@@ -26,6 +29,8 @@ class HostState
 public:
     /** How often the in-band path was set up; from the second time on nothing more happens. */
     std::uint64_t inband_inits = 0;
+
+    VlanDirectory vlans; ///< the VLANs, and what each is in a private VLAN
 
     /**
      * Files a port-channel's trunk id, as fwm_pc_sdb_store does. Here and below a

@@ -12,6 +12,7 @@
 using namespace simswitch;
 
 int fwmpd_asic_cpu_port = chip::CPU_PORT;
+int fwmpd_trident_unit = 0;
 
 extern "C" {
 

@@ -89,7 +89,7 @@ void Wrappers::set_capacity(std::size_t writes)
 {
     capacity_ = std::max<std::size_t>(writes, 1);
     if (queue_.size() >= capacity_) {
-        own_flushes_.push_back(flush());
+        flush_by_itself();
     }
 }
 
@@ -231,6 +231,33 @@ bcm_vlan_block_t &Wrappers::vlan_blocks(int vlan)
     return vlan_blocks_[has_own ? vlan : SPARE_BLOCK];
 }
 
+template <class Body> Outcome Wrappers::write_at_once(Body &&body)
+{
+    if (pending() != 0) {
+        flush_by_itself();
+    }
+    Outcome outcome = body();
+    if (outcome.ok()) {
+        ++chip_.writes;
+    }
+    return outcome;
+}
+
+Outcome Wrappers::create_vlan(int vlan, const chip::VlanControls &controls)
+{
+    Outcome outcome = write_at_once([&] { return chip_.vlans.create(vlan); });
+    if (outcome.ok()) {
+        vlan_blocks(vlan) = {};
+        outcome = set_vlan_controls(vlan, sdk::to_sdk(controls));
+    }
+    return outcome;
+}
+
+Outcome Wrappers::set_vlan_stg(int vlan, int stg)
+{
+    return write_at_once([&] { return chip_.stgs.add_vlan(stg, vlan); });
+}
+
 Outcome Wrappers::add_translation(const chip::TranslationKey &key,
                                   const chip::TranslationAction &action)
 {
@@ -278,7 +305,7 @@ void Wrappers::push(const QueuedWrite &write)
 {
     queue_.push_back(write);
     if (queue_.size() >= capacity_) {
-        own_flushes_.push_back(flush());
+        flush_by_itself();
     }
 }
 

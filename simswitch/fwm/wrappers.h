@@ -61,7 +61,8 @@ public:
     void drop_pending() { queue_.clear(); }
     /** Sets how many writes the queue holds, at least 1; with the last one it flushes itself. */
     void set_capacity(std::size_t writes);
-    /** Reports of the flushes that a full queue made by itself, oldest first. */
+    /** Reports of the flushes that nobody asked for, oldest first: of a full queue, and before a
+     * write of the L2 side that goes to the chip at once. */
     const std::vector<FlushReport> &own_flushes() const { return own_flushes_; }
     /** Writes that the chip has taken since power-on, from the queue and by direct calls. */
     std::uint64_t chip_writes() const { return chip_.writes; }
@@ -96,6 +97,21 @@ public:
     /** The VLANs whose controls were stored, in the order of the calls. */
     const std::vector<int> &stored_vlans() const { return stored_vlans_; }
 
+    // What the L2 side writes at once. All that waits is written first: a queued destroy must
+    // not hit the VLAN that comes after it.
+
+    /**
+     * Creates a VLAN without a member: in the chip at once, its cached controls, which are
+     * queued too, and its block record, which is emptied.
+     *
+     * @param vlan      1..4095
+     * @param controls  what its controls shall be
+     * @return 0; -4 for an id out of range; -6 when the table is full; -8 when the VLAN exists
+     */
+    Outcome create_vlan(int vlan, const chip::VlanControls &controls = {});
+    /** Moves a VLAN into a spanning tree group. -7 when the VLAN or the group doesn't exist. */
+    Outcome set_vlan_stg(int vlan, int stg);
+
     // VLAN translations. -4 for a key that no translation can have; the rest shows at the flush.
 
     Outcome add_translation(const chip::TranslationKey &key, const chip::TranslationAction &action);
@@ -129,6 +145,9 @@ public:
 
 private:
     void push(const QueuedWrite &write);
+    void flush_by_itself() { own_flushes_.push_back(flush()); }
+    /** Does a write to the chip after all that waits; the body gives an Outcome. */
+    template <class Body> Outcome write_at_once(Body &&body);
     std::vector<int> *trunk_members(int trunk);
 
     chip::Chip &chip_;

@@ -165,6 +165,19 @@ bcm_pbmp_t to_sdk(const chip::PortSet &ports)
     return pbmp;
 }
 
+bcm_l2_station_t to_sdk(const chip::Station &station)
+{
+    bcm_l2_station_t record{};
+    record.flags = station.flags;
+    std::copy(station.mac.begin(), station.mac.end(), std::begin(record.dst_mac));
+    std::copy(station.mac_mask.begin(), station.mac_mask.end(), std::begin(record.dst_mac_mask));
+    record.vlan = station.vlan;
+    record.vlan_mask = station.vlan_mask;
+    record.src_port = station.src_port;
+    record.src_port_mask = station.src_port_mask;
+    return record;
+}
+
 bcm_l3_intf_t to_sdk(int id, const chip::L3Interface &interface)
 {
     bcm_l3_intf_t intf{};

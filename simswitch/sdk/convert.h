@@ -38,6 +38,7 @@ chip::TrunkMember to_chip(const bcm_trunk_member_t &member);
 chip::Trunk to_chip(const bcm_trunk_info_t &info, std::span<const bcm_trunk_member_t> members);
 
 bcm_pbmp_t to_sdk(const chip::PortSet &ports);
+bcm_l2_station_t to_sdk(const chip::Station &station);
 bcm_l3_intf_t to_sdk(int id, const chip::L3Interface &interface);
 bcm_l3_ingress_t to_sdk(const chip::L3Ingress &ingress);
 bcm_vlan_control_vlan_t to_sdk(const chip::VlanControls &controls);

@@ -1,9 +1,11 @@
 /*
- * field.cpp: the field processor (sdk/field.h) over chip/field_entries.h.
+ * field.cpp: the field processor (sdk/field.h) over chip/field_entries.h and
+ * chip/field_groups.h.
  *
  * Edits stay in the SDK's copy of an entry; only the reinstall is a write to
  * the chip.
  */
+#include "chip/refusal.h"
 #include "sdk/access.h"
 #include "sdk/convert.h"
 
@@ -80,6 +82,28 @@ int bcm_field_entry_reinstall(int unit, int entry)
     Call call(Layer::sdk, __func__, unit, entry);
     return sdk::write(call, unit,
                       [&](chip::Chip &chip) { return chip.field_entries.install(entry); });
+}
+
+int bcm_field_group_enable_get(int unit, int group, int *enable)
+{
+    Call call(Layer::sdk, __func__, unit, group);
+    return sdk::read(call, unit, [&](const chip::Chip &chip) -> Outcome {
+        const chip::FieldGroup *found = chip.field_groups.find(group);
+        if (found == nullptr) {
+            return chip::unknown("field group", group);
+        }
+        *enable = found->enabled ? 1 : 0;
+        call.out("enable", *enable);
+        return {};
+    });
+}
+
+int bcm_field_group_enable_set(int unit, int group, int enable)
+{
+    Call call(Layer::sdk, __func__, unit, group, enable);
+    return sdk::write(call, unit, [&](chip::Chip &chip) {
+        return chip.field_groups.set_enabled(group, enable != 0);
+    });
 }
 
 } // extern "C"

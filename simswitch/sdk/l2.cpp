@@ -1,6 +1,7 @@
 /*
  * l2.cpp: L2 stations (sdk/l2.h) over chip/stations.h.
  */
+#include "chip/refusal.h"
 #include "sdk/access.h"
 #include "sdk/convert.h"
 
@@ -32,6 +33,20 @@ int bcm_l2_station_delete(int unit, int station_id)
     Call call(Layer::sdk, __func__, unit, station_id);
     return sdk::write(call, unit,
                       [&](chip::Chip &chip) { return chip.stations.remove(station_id); });
+}
+
+int bcm_l2_station_get(int unit, int station_id, bcm_l2_station_t *station)
+{
+    Call call(Layer::sdk, __func__, unit, station_id);
+    return sdk::read(call, unit, [&](const chip::Chip &chip) -> Outcome {
+        const chip::Station *found = chip.stations.find(station_id);
+        if (found == nullptr) {
+            return chip::unknown("station", station_id);
+        }
+        *station = sdk::to_sdk(*found);
+        call.out("station", *station);
+        return {};
+    });
 }
 
 } // extern "C"

@@ -56,6 +56,20 @@ void bcm_l3_ingress_t_init(bcm_l3_ingress_t *ingress)
     sdk::clear_record(__func__, ingress);
 }
 
+int bcm_l3_ingress_get(int unit, int iif, bcm_l3_ingress_t *ingress)
+{
+    Call call(Layer::sdk, __func__, unit, iif);
+    return sdk::read(call, unit, [&](const chip::Chip &chip) -> Outcome {
+        const chip::L3Ingress *found = chip.l3_ingresses.find(iif);
+        if (found == nullptr) {
+            return chip::unknown("L3 ingress object", iif);
+        }
+        *ingress = sdk::to_sdk(*found);
+        call.out("ingress", *ingress);
+        return {};
+    });
+}
+
 void bcm_l3_egress_t_init(bcm_l3_egress_t *egress)
 {
     sdk::clear_record(__func__, egress);

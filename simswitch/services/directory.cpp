@@ -11,6 +11,7 @@
 #include <fwmpd/l3_cache.h>
 #include <l3lif/l3lif_layer.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fmt/format.h>
 #include <stdexcept>
@@ -73,6 +74,14 @@ std::optional<std::uint32_t> Directory::ready_iif(std::uint32_t ifindex) const
     return iif == 0 ? std::nullopt : std::optional(iif);
 }
 
+l3lif *Directory::find_by_int_vlan(std::uint16_t vlan) const
+{
+    const auto found = std::find_if(lifs_.begin(), lifs_.end(), [vlan](const auto &entry) {
+        return vlan != 0 && entry.second->int_vlan == vlan;
+    });
+    return found == lifs_.end() ? nullptr : found->second;
+}
+
 void Directory::set_flood_entry(std::size_t slot, std::uint32_t entry)
 {
     if (slot >= LAYER_DATA_FLOOD_ENTRY_COUNT) {
@@ -91,6 +100,12 @@ struct l3lif *l3lif_find_lif_from_ifindex(uint32_t ifindex)
 {
     Call call(Layer::service, __func__, ifindex);
     return call.run_pointer([&] { return Switch::current().directory.find(ifindex); });
+}
+
+struct l3lif *l3lif_find_lif_from_int_vlan(uint16_t vlan)
+{
+    Call call(Layer::service, __func__, vlan);
+    return call.run_pointer([&] { return Switch::current().directory.find_by_int_vlan(vlan); });
 }
 
 int l3lif_get_iif_for_ifindex_new(uint32_t ifindex, l3lif_iif_info_t *info)

@@ -38,6 +38,8 @@ public:
     void clear() { *this = {}; }
     /** The record of an ifindex, or null. */
     l3lif *find(std::uint32_t ifindex) const;
+    /** The first record, by ifindex, with an internal VLAN; null for 0 or when there is none. */
+    l3lif *find_by_int_vlan(std::uint16_t vlan) const;
     /** Whether the registered record of a main interface has subinterfaces. */
     bool has_subinterfaces(std::uint32_t ifindex) const;
     /** All records, in the order of their ifindex. */

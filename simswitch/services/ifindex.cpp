@@ -24,15 +24,10 @@ namespace
 constexpr unsigned CLASS_SHIFT = 28;
 constexpr unsigned NUMBER_MAX = (1U << CLASS_SHIFT) - 1;
 constexpr unsigned PORT_MAX = 255;
-constexpr unsigned PORT_SUB_BITS = 20;
+constexpr unsigned PORT_SHIFT = 20;
 constexpr unsigned CHANNEL_MAX = 65535;
-constexpr unsigned CHANNEL_SUB_BITS = 12;
+constexpr unsigned CHANNEL_SHIFT = 12;
 constexpr unsigned VLAN_MAX = 65535;
-
-constexpr unsigned max_of_bits(unsigned bits)
-{
-    return (1U << bits) - 1;
-}
 
 void check(const char *what, unsigned value, unsigned low, unsigned high)
 {
@@ -53,9 +48,15 @@ std::uint32_t make_numbered(Kind kind, const char *what, unsigned number, unsign
     return make(kind, number);
 }
 
-Parts split(Kind kind, std::uint32_t rest, unsigned sub_bits)
+/** Nothing when the subinterface is above the highest one. */
+std::optional<Parts> split(Kind kind, std::uint32_t rest, unsigned shift, unsigned sub_last)
 {
-    return {.kind = kind, .number = rest >> sub_bits, .sub = rest & max_of_bits(sub_bits)};
+    const unsigned number = rest >> shift;
+    const unsigned sub = rest - (number << shift);
+    if (sub > sub_last) {
+        return std::nullopt;
+    }
+    return Parts{.kind = kind, .number = number, .sub = sub};
 }
 
 } // namespace
@@ -63,24 +64,24 @@ Parts split(Kind kind, std::uint32_t rest, unsigned sub_bits)
 std::uint32_t port(unsigned zero_based)
 {
     check("port", zero_based, 0, PORT_MAX);
-    return make(Kind::port, zero_based << PORT_SUB_BITS);
+    return make(Kind::port, zero_based << PORT_SHIFT);
 }
 
 std::uint32_t port_sub(unsigned zero_based, unsigned sub)
 {
-    check("subinterface", sub, 1, max_of_bits(PORT_SUB_BITS));
+    check("subinterface", sub, 1, PORT_SUB_LAST);
     return port(zero_based) | sub;
 }
 
 std::uint32_t port_channel(unsigned number)
 {
     check("port-channel", number, 0, CHANNEL_MAX);
-    return make(Kind::port_channel, number << CHANNEL_SUB_BITS);
+    return make(Kind::port_channel, number << CHANNEL_SHIFT);
 }
 
 std::uint32_t port_channel_sub(unsigned number, unsigned sub)
 {
-    check("subinterface", sub, 1, max_of_bits(CHANNEL_SUB_BITS));
+    check("subinterface", sub, 1, CHANNEL_SUB_LAST);
     return port_channel(number) | sub;
 }
 
@@ -110,9 +111,9 @@ std::optional<Parts> parts(std::uint32_t ifindex)
     const std::uint32_t rest = ifindex & NUMBER_MAX;
     switch (kind) {
     case Kind::port:
-        return split(kind, rest, PORT_SUB_BITS);
+        return split(kind, rest, PORT_SHIFT, PORT_SUB_LAST);
     case Kind::port_channel:
-        return split(kind, rest, CHANNEL_SUB_BITS);
+        return split(kind, rest, CHANNEL_SHIFT, CHANNEL_SUB_LAST);
     case Kind::svi:
     case Kind::tunnel:
     case Kind::management:
@@ -180,6 +181,11 @@ bool is_main(std::uint32_t ifindex, Kind kind)
     return read && read->kind == kind && read->sub == 0;
 }
 
+bool has_subinterfaces(Kind kind)
+{
+    return kind == Kind::port || kind == Kind::port_channel;
+}
+
 /** Subinterfaces count: their frames go over the port-channel's members. */
 bool is_on_port_channel(std::uint32_t ifindex)
 {
@@ -219,6 +225,20 @@ int if_index_get_port(uint32_t ifindex, uint8_t *port)
         }
         *port = static_cast<uint8_t>(read->number);
         call.out("port", *port);
+        return 0;
+    });
+}
+
+int if_index_get_sub_intf(uint32_t ifindex, uint16_t *number)
+{
+    Call call(Layer::service, __func__, ifindex);
+    return call.run([&] {
+        const auto read = if_index::parts(ifindex);
+        if (!read || !if_index::has_subinterfaces(read->kind)) {
+            return 1;
+        }
+        *number = static_cast<uint16_t>(read->sub);
+        call.out("number", *number);
         return 0;
     });
 }

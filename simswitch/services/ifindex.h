@@ -5,14 +5,14 @@
  *
  * The top four bits of an ifindex are its class, the rest depends on it:
  *
- *   1 Ethernet port    port (from 0) in bits 20..27, subinterface in 0..19, 0 for the port itself
+ *   1 Ethernet port    port (from 0) in bits 20..27, subinterface in 0..15, 0 for the port itself
  *   2 port-channel     channel in bits 12..27, subinterface in 0..11, 0 for the port-channel itself
  *   3 SVI              VLAN in bits 0..15
  *   4 tunnel, 5 management, 6 loopback    number in bits 0..27
  *
  * So port 0 is 0x10000000, its subinterface 10 is 0x1000000a, port-channel 7
  * is 0x20007000, the SVI of VLAN 100 is 0x30000064. Any other class can't be
- * read, 0 with it.
+ * read, 0 with it; nor can a port whose bits 16..19 are set.
  */
 #pragma once
 
@@ -41,6 +41,10 @@ inline constexpr std::uint8_t TYPE_PORT_CHANNEL = 22;
 inline constexpr std::uint8_t TYPE_TUNNEL = 24;
 inline constexpr std::uint8_t TYPE_PORT = 26;
 
+// The highest subinterfaces. The platform hands their numbers out as 16 bits.
+inline constexpr unsigned PORT_SUB_LAST = 65535;
+inline constexpr unsigned CHANNEL_SUB_LAST = 4095;
+
 /** What an ifindex says. */
 struct Parts {
     Kind kind = Kind::port;
@@ -55,11 +59,11 @@ struct Parts {
 
 /** An Ethernet port. @param zero_based  0 to 255; the chip's port is one more */
 std::uint32_t port(unsigned zero_based);
-/** A subinterface of a port. @param sub  1 to 1048575 */
+/** A subinterface of a port. @param sub  1 to PORT_SUB_LAST */
 std::uint32_t port_sub(unsigned zero_based, unsigned sub);
 /** A port-channel. @param number  0 to 65535 */
 std::uint32_t port_channel(unsigned number);
-/** A subinterface of a port-channel. @param sub  1 to 4095 */
+/** A subinterface of a port-channel. @param sub  1 to CHANNEL_SUB_LAST */
 std::uint32_t port_channel_sub(unsigned number, unsigned sub);
 /** A VLAN interface. @param vlan  0 to 65535, so that VLANs out of range can be tried */
 std::uint32_t svi(unsigned vlan);

@@ -10,6 +10,8 @@ namespace simswitch::chip
 namespace
 {
 
+constexpr Mac ALL_ONES = {0xff, 0xff, 0xff, 0xff, 0xff, 0xff};
+
 Station station_on(std::uint16_t vlan)
 {
     return {.flags = 0x1c, .mac = {0, 1, 2, 3, 4, 5}, .vlan = vlan, .vlan_mask = 0xfff};
@@ -75,6 +77,78 @@ TEST(Stations, SetReplaces)
     stations.create(station_on(1), id);
     EXPECT_THAT(stations.set(id, station_on(3)), Done());
     EXPECT_EQ(stations.find(id)->vlan, 3);
+}
+
+TEST(Stations, ExactStationMatchesItsFrameAlone)
+{
+    const Mac mac = {0, 1, 2, 3, 4, 5};
+    Stations stations(1);
+    int id = 0;
+    stations.create({.mac = mac,
+                     .mac_mask = ALL_ONES,
+                     .vlan = 4094,
+                     .vlan_mask = 0xfff,
+                     .src_port = 5,
+                     .src_port_mask = 127},
+                    id);
+    EXPECT_EQ(stations.match(mac, 4094, 5), id);
+    EXPECT_EQ(stations.match(mac, 4094, 6), std::nullopt);
+    EXPECT_EQ(stations.match(mac, 4093, 5), std::nullopt);
+    EXPECT_EQ(stations.match({0, 1, 2, 3, 4, 4}, 4094, 5), std::nullopt);
+    EXPECT_EQ(stations.match({1, 1, 2, 3, 4, 5}, 4094, 5), std::nullopt);
+}
+
+TEST(Stations, BitsOutsideTheMasksDontCount)
+{
+    Stations stations(1);
+    int id = 0;
+    stations.create({.mac = {0x33, 0x33},
+                     .mac_mask = {0xff, 0xff},
+                     .vlan = 100,
+                     .vlan_mask = 0xffe,
+                     .src_port = 5,
+                     .src_port_mask = 127},
+                    id);
+    EXPECT_EQ(stations.match({0x33, 0x33, 9, 9, 9, 9}, 101, 5 + 128), id);
+    EXPECT_EQ(stations.match({0x33, 0x33, 9, 9, 9, 9}, 102, 5), std::nullopt);
+}
+
+TEST(Stations, EmptyMasksTakeEveryVlanAndPort)
+{
+    const Mac mac = {0, 1, 2, 3, 4, 5};
+    Stations stations(1);
+    int id = 0;
+    EXPECT_EQ(stations.match(mac, 1, 1), std::nullopt);
+    stations.create({.mac = mac, .mac_mask = ALL_ONES, .vlan = 7, .src_port = 7}, id);
+    EXPECT_EQ(stations.match(mac, 0, 0), id);
+    EXPECT_EQ(stations.match(mac, 4095, 255), id);
+}
+
+TEST(Stations, LowestIdOfThoseThatMatchTakesTheFrame)
+{
+    const Mac mac = {0, 1, 2, 3, 4, 5};
+    Stations stations(64);
+    int id = 0;
+    stations.create({.mac = {9}, .mac_mask = ALL_ONES}, id);
+    for (int count = 0; count < 60; ++count) {
+        stations.create({.mac = mac, .mac_mask = ALL_ONES}, id);
+    }
+    EXPECT_EQ(stations.match(mac, 1, 1), 2);
+    stations.remove(2);
+    EXPECT_EQ(stations.match(mac, 1, 1), 3);
+}
+
+TEST(Stations, LostStationIsFoundNoMoreAndItsIdComesAgain)
+{
+    Stations stations(4);
+    int id = 0;
+    stations.create(station_on(1), id);
+    stations.create(station_on(2), id);
+    EXPECT_THAT(stations.remove(1), Done());
+    EXPECT_EQ(stations.find(1), nullptr);
+    EXPECT_EQ(*stations.find(2), station_on(2));
+    stations.create(station_on(3), id);
+    EXPECT_EQ(id, 1);
 }
 
 TEST(Stations, TextShowsAllFields)

@@ -65,6 +65,20 @@ TEST_F(DirectoryTest, RegisteredInterfaceIsFoundUntilItIsRemoved)
                                                 "l3lif_find_lif_from_ifindex(0x10000000) = null"));
 }
 
+TEST_F(DirectoryTest, InterfaceIsFoundByItsInternalVlan)
+{
+    l3lif other{};
+    other.ifindex = 0x10100000;
+    directory.add(&other);
+    EXPECT_EQ(l3lif_find_lif_from_int_vlan(0), nullptr) << "no VLAN yet isn't a VLAN";
+    lif.int_vlan = other.int_vlan = 100;
+    EXPECT_EQ(l3lif_find_lif_from_int_vlan(100), &lif);
+    EXPECT_EQ(l3lif_find_lif_from_int_vlan(101), nullptr);
+    EXPECT_THAT(sw.journal.calls(), ElementsAre("l3lif_find_lif_from_int_vlan(0) = null",
+                                                "l3lif_find_lif_from_int_vlan(100) = record",
+                                                "l3lif_find_lif_from_int_vlan(101) = null"));
+}
+
 TEST_F(DirectoryTest, LiveInterfaceIsReadyUnderItsNumber)
 {
     EXPECT_EQ(iif(lif.ifindex), 7);

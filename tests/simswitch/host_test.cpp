@@ -4,6 +4,7 @@
 #include "switch.h"
 
 #include <fwm/state.h>
+#include <fwmpd/platform.h>
 #include <services/system.h>
 
 #include <array>
@@ -71,6 +72,13 @@ TEST_F(HostTest, ErrorsHaveTexts)
     EXPECT_STREQ(unknown, "unknown error 0xffffffff");
     fwm_syserr2str(17);
     EXPECT_STREQ(unknown, "unknown error 0xffffffff") << "a text stays as it was given";
+}
+
+TEST_F(HostTest, DirectWritesOfPrivateVlansStartOnUnit0)
+{
+    fwmpd_trident_unit = 3;
+    const Switch fresh;
+    EXPECT_EQ(fwmpd_trident_unit, 0);
 }
 
 TEST_F(HostTest, FastRestartIsAKnob)

@@ -74,7 +74,7 @@ TEST_F(IfIndex, SubinterfaceOfAPort)
 {
     EXPECT_EQ(ask(if_index::port_sub(4, 10)),
               (Answers{.type = 26, .port = 4, .sub = true, .name = "Ethernet1/5.10"}));
-    EXPECT_EQ(ask(if_index::port_sub(255, 1048575)).name, "Ethernet1/256.1048575");
+    EXPECT_EQ(ask(if_index::port_sub(255, 65535)).name, "Ethernet1/256.65535");
 }
 
 TEST_F(IfIndex, PortChannelAndItsSubinterface)
@@ -97,6 +97,7 @@ TEST_F(IfIndex, UnknownClassCantBeRead)
 {
     EXPECT_EQ(ask(0), (Answers{.name = "ifindex 0x0"}));
     EXPECT_EQ(ask(0xF0000001), (Answers{.name = "ifindex 0xf0000001"}));
+    EXPECT_EQ(ask(0x10010000), (Answers{.name = "ifindex 0x10010000"}));
 }
 
 TEST_F(IfIndex, RefusalLeavesTheCallersBytesAlone)
@@ -122,6 +123,35 @@ TEST_F(IfIndex, ChannelNumberIsReadBack)
         EXPECT_EQ(if_index_port_channel_get_channel_num(sub, &number), 0);
         EXPECT_EQ(number, channel);
     }
+}
+
+TEST_F(IfIndex, SubinterfaceNumberIsReadBack)
+{
+    std::uint16_t number = 1;
+    EXPECT_EQ(if_index_get_sub_intf(if_index::port_sub(4, 10), &number), 0);
+    EXPECT_EQ(number, 10);
+    EXPECT_EQ(if_index_get_sub_intf(if_index::port(4), &number), 0);
+    EXPECT_EQ(number, 0);
+    EXPECT_EQ(if_index_get_sub_intf(if_index::port_sub(255, 65535), &number), 0);
+    EXPECT_EQ(number, 65535);
+    EXPECT_EQ(if_index_get_sub_intf(if_index::port_channel(65535), &number), 0);
+    EXPECT_EQ(number, 0);
+    EXPECT_EQ(if_index_get_sub_intf(if_index::port_channel_sub(7, 4095), &number), 0);
+    EXPECT_EQ(number, 4095);
+    EXPECT_EQ(sw.journal.calls().front(), "if_index_get_sub_intf(0x1040000a) = 0 [number=10]");
+}
+
+TEST_F(IfIndex, WhatHasNoSubinterfacesHasNoNumber)
+{
+    std::uint16_t number = 77;
+    for (const std::uint32_t ifindex : {if_index::svi(100), if_index::tunnel(3),
+                                        if_index::management(0), if_index::loopback(0), 0U}) {
+        EXPECT_EQ(if_index_get_sub_intf(ifindex, &number), 1) << if_index::name(ifindex);
+    }
+    sw.journal.arm({.function = "if_index_get_sub_intf", .code = -1});
+    EXPECT_EQ(if_index_get_sub_intf(if_index::port_sub(4, 10), &number), -1);
+    EXPECT_EQ(number, 77);
+    EXPECT_EQ(sw.journal.calls().front(), "if_index_get_sub_intf(0x30000064) = 1");
 }
 
 TEST_F(IfIndex, PartsAreWhatItWasMadeOf)
@@ -161,6 +191,7 @@ TEST_F(IfIndex, NumberOutOfRangeIsRefusedInWords)
 {
     EXPECT_THROW(if_index::port(256), std::out_of_range);
     EXPECT_THROW(if_index::port_sub(1, 0), std::out_of_range);
+    EXPECT_THROW(if_index::port_sub(1, 65536), std::out_of_range);
     EXPECT_THROW(if_index::port_channel(65536), std::out_of_range);
     EXPECT_THROW(if_index::port_channel_sub(1, 4096), std::out_of_range);
     EXPECT_THROW(if_index::svi(65536), std::out_of_range);

@@ -6,7 +6,9 @@
 #include "rtifhal_kelvo_trident/defaults/default_nh.h"
 #include "rtifhal_kelvo_trident/field/floodlist.h"
 #include "rtifhal_kelvo_trident/l3_objects/egress.h"
+#include "rtifhal_kelvo_trident/station/pvlan_svi.h"
 #include "rtifhal_kelvo_trident/vlan/accounting.h"
+#include "services/tree.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -66,6 +68,26 @@ std::vector<Message> of_level(const std::vector<Message> &messages, int level)
     return chosen;
 }
 
+void empty_virtual_macs()
+{
+    for (void *entry : simswitch::services::tree_records(fhrp_mac_hash)) {
+        std::free(entry);
+    }
+    simswitch::services::destroy_tree(fhrp_mac_hash);
+    fhrp_mac_hash = nullptr;
+}
+
+void empty_pairs()
+{
+    if (pvlan_svi_map == nullptr) {
+        return;
+    }
+    g_hash_table_foreach(
+        pvlan_svi_map, [](gpointer, gpointer pair, gpointer) { std::free(pair); }, nullptr);
+    g_hash_table_destroy(pvlan_svi_map);
+    pvlan_svi_map = nullptr;
+}
+
 } // namespace
 
 std::ostream &operator<<(std::ostream &stream, const Message &message)
@@ -94,6 +116,8 @@ void reset_library()
     l3_stg = 0;
     l3_stg_allocated = 0;
     l3_egress_count = 0;
+    empty_virtual_macs();
+    empty_pairs();
     std::free(def_routes);
     std::free(egresses);
     def_routes = nullptr;

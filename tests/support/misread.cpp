@@ -12,6 +12,7 @@ namespace
 {
 
 std::optional<bcm_l3_intf_t> answered;
+int answered_code = 0;
 
 } // namespace
 
@@ -26,7 +27,7 @@ int __wrap_bcm_l3_intf_get(int unit, bcm_l3_intf_t *intf)
         return code;
     }
     *intf = *answered;
-    return 0;
+    return answered_code;
 }
 
 } // extern "C"
@@ -34,8 +35,9 @@ int __wrap_bcm_l3_intf_get(int unit, bcm_l3_intf_t *intf)
 namespace rtifhal_test
 {
 
-MisreadInterface::MisreadInterface(int id, int tunnel)
+MisreadInterface::MisreadInterface(int id, int tunnel, int code)
 {
+    answered_code = code;
     answered = bcm_l3_intf_t{};
     answered->l3a_intf_id = id;
     answered->l3a_tunnel_idx = tunnel;

@@ -15,6 +15,9 @@ extern "C" {
 /** The CPU's port number, below 256. */
 extern int fwmpd_asic_cpu_port;
 
+/** The SDK unit for writes that go past the wrappers on behalf of private VLANs. */
+extern int fwmpd_trident_unit;
+
 /**
  * The global configuration record, persisted as a whole. The 1024 bytes from
  * byte 44 on are the library's: the interface numbers that are held back.

@@ -35,6 +35,14 @@ typedef struct l3lif_iif_info {
 struct l3lif *l3lif_find_lif_from_ifindex(uint32_t ifindex);
 
 /**
+ * Looks an interface up by its internal VLAN.
+ *
+ * @param vlan  an int_vlan, 1 to 4095
+ * @return the record, the layer's own; null when no interface has this VLAN
+ */
+struct l3lif *l3lif_find_lif_from_int_vlan(uint16_t vlan);
+
+/**
  * Tells the number of an interface that is ready to forward.
  *
  * @param ifindex  the interface

@@ -86,6 +86,27 @@ int bcm_field_qualify_InPorts(int unit, int entry, bcm_pbmp_t data, bcm_pbmp_t m
  */
 int bcm_field_entry_reinstall(int unit, int entry);
 
+/**
+ * Tells whether a field group is active.
+ *
+ * @param unit    SDK unit
+ * @param group   group id
+ * @param enable  receives 1 or 0; left alone on failure
+ * @return 0; -7 when the group doesn't exist
+ */
+int bcm_field_group_enable_get(int unit, int group, int *enable);
+
+/**
+ * Switches a field group on or off, at once: the entries of one that is off
+ * don't count.
+ *
+ * @param unit    SDK unit
+ * @param group   group id
+ * @param enable  1 or 0
+ * @return 0; -7 when the group doesn't exist
+ */
+int bcm_field_group_enable_set(int unit, int group, int enable);
+
 #ifdef __cplusplus
 }
 #endif

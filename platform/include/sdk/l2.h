@@ -48,6 +48,16 @@ int bcm_l2_station_add(int unit, int *station_id, bcm_l2_station_t *station);
  */
 int bcm_l2_station_delete(int unit, int station_id);
 
+/**
+ * Reads a station from the chip.
+ *
+ * @param unit        SDK unit
+ * @param station_id  an id that bcm_l2_station_add gave
+ * @param station     receives the station; left alone on failure
+ * @return 0; -7 when the chip holds no such station
+ */
+int bcm_l2_station_get(int unit, int station_id, bcm_l2_station_t *station);
+
 #ifdef __cplusplus
 }
 #endif

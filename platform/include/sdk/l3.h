@@ -96,6 +96,16 @@ int bcm_l3_intf_get(int unit, bcm_l3_intf_t *intf);
 void bcm_l3_ingress_t_init(bcm_l3_ingress_t *ingress);
 
 /**
+ * Reads an L3 ingress object from the chip.
+ *
+ * @param unit     SDK unit
+ * @param iif      the object's number
+ * @param ingress  receives the object; left alone on failure
+ * @return 0; -7 when there is no such object
+ */
+int bcm_l3_ingress_get(int unit, int iif, bcm_l3_ingress_t *ingress);
+
+/**
  * Gives an egress object the SDK's defaults: all fields 0.
  *
  * @param egress  the object, never null

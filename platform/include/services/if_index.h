@@ -34,6 +34,16 @@ int if_index_get_type(uint32_t ifindex, uint8_t *type);
  */
 int if_index_get_port(uint32_t ifindex, uint8_t *port);
 
+/**
+ * Tells an interface's subinterface number.
+ *
+ * @param ifindex  the interface
+ * @param number   receives the number, 0 for a main interface; left alone on
+ *                 failure
+ * @return 0; nonzero when the interface can have no subinterfaces
+ */
+int if_index_get_sub_intf(uint32_t ifindex, uint16_t *number);
+
 /** @param ifindex  the interface  @return nonzero for a port-channel and for its subinterfaces */
 int if_index_is_eth_port_channel_intf(uint32_t ifindex);
 

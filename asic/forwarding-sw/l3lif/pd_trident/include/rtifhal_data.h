@@ -32,6 +32,9 @@ extern RTIFHAL_EXPORT rtifhal_port_vlan_entry_t rtifhal_port_vlan[105];
 /** The uses of each VLAN, by VLAN id 0 to 4095. */
 extern RTIFHAL_EXPORT rtifhal_vlan_type_count_entry_t rtifhal_vlan_type_count[4096];
 
+/** The virtual MACs that are installed, an ordered tree of fhrp_mac_entry; null until the first. */
+extern RTIFHAL_EXPORT avl_tree_t *fhrp_mac_hash;
+
 /** The saved default routes, num_def_routes of them; null until loaded. */
 extern RTIFHAL_EXPORT def_route_rec_t *def_routes;
 

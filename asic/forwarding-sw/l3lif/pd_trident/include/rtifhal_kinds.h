@@ -132,6 +132,49 @@ RTIFHAL_EXPORT int rtifhal_trident_add_l3pc_member(struct l3lif *l3lif, uint32_t
 RTIFHAL_EXPORT int rtifhal_trident_del_l3pc_member(struct l3lif *l3lif, uint32_t member);
 
 /**
+ * Brings an SVI up: routing in its VLAN. For the layer above.
+ *
+ * @param l3lif   the SVI; si_encap_vlan and vlan are its VLAN. lif_state isn't
+ *                kept
+ * @param aux     only printed and handed on
+ * @param create  see above
+ * @return 0; else the failing step's value; -1 for a null interface
+ */
+RTIFHAL_EXPORT int rtifhal_trident_add_svi(struct l3lif *l3lif, int aux, int create);
+
+/**
+ * Takes an SVI down. For the layer above.
+ *
+ * @param l3lif    the SVI
+ * @param aux      only printed and handed on
+ * @param destroy  see above; one that was taken down before is then destroyed
+ * @return 0; else the failing step's value; -1 for a null interface
+ */
+RTIFHAL_EXPORT int rtifhal_trident_del_svi(struct l3lif *l3lif, int aux, int destroy);
+
+/**
+ * The interface step of an SVI's add: opens the VLAN for routing, creates the
+ * L3 interface and the ingress object, mirrors onto the secondaries of a
+ * primary VLAN.
+ *
+ * @param l3lif   the SVI, may be null
+ * @param create  see above
+ * @return what the ingress object's create gave, whatever else failed; -1
+ *         before that: no context, or no record of the VLAN
+ */
+RTIFHAL_EXPORT int rtifhal_trident_svi_add(struct l3lif *l3lif, int create);
+
+/**
+ * The interface step of an SVI's delete.
+ *
+ * @param l3lif    the SVI, may be null
+ * @param destroy  see above
+ * @return what the L3 interface's delete gave; -1 before that: no context, no
+ *         record of the VLAN, or a chip that has the number on another VLAN
+ */
+RTIFHAL_EXPORT int rtifhal_trident_svi_del(struct l3lif *l3lif, int destroy);
+
+/**
  * Brings a subinterface of a port or a port-channel up. For the layer above.
  *
  * @param l3lif   the subinterface; lif_state becomes 3 on success

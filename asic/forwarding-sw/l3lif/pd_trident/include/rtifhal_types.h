@@ -92,6 +92,27 @@ typedef struct rtifhal_vlan_type_count_entry {
     int32_t l2_vlan;      /**< 1: it is in use as an L2 VLAN */
 } rtifhal_vlan_type_count_entry_t;
 
+/** A virtual MAC that is installed; (ifindex, vlan, mac) is its key in fhrp_mac_hash. */
+typedef struct fhrp_mac_entry {
+    uint32_t ifindex;    /**< interface that holds the MAC; on a secondary VLAN the primary's SVI */
+    uint8_t mac[6];      /**< the virtual MAC */
+    uint16_t vlan;       /**< an SVI's VLAN, a secondary VLAN, 4094 on any other interface */
+    uint32_t station_id; /**< the station in the chip */
+} fhrp_mac_entry_t;
+
+/** A virtual MAC as rtifhal_trident_fhrp_mac_getnext lists it. */
+typedef struct rtifhal_fhrp_mac_record {
+    uint8_t mac[6];         /**< the virtual MAC */
+    uint8_t reserved[2];    /**< 0 */
+    uint32_t word_8;        /**< 1 */
+    uint32_t vlan;          /**< the entry's VLAN */
+    uint32_t ifindex;       /**< interface that holds the MAC */
+    uint32_t word_20;       /**< 1 */
+    uint32_t word_24;       /**< 0 */
+    uint8_t reserved2[156]; /**< 0, the layer above's own */
+} rtifhal_fhrp_mac_record_t;
+SDK_STATIC_ASSERT(sizeof(rtifhal_fhrp_mac_record_t) == 184, "listed virtual MACs are 184 bytes");
+
 /** Room for the paths of a default route. */
 #define RTIFHAL_DEF_ROUTE_PATHS 64
 

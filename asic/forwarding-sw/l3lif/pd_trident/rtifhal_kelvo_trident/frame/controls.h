@@ -3,6 +3,8 @@
  */
 #pragma once
 
+/** Neighbour discovery to the CPU. */
+inline constexpr int SWITCH_CONTROL_ND_TO_CPU = 89;
 inline constexpr int SWITCH_CONTROL_EGRESS = 230;
 inline constexpr int SWITCH_CONTROL_L3 = 232;
 inline constexpr int SWITCH_CONTROL_TRUNK_L3 = 364;

@@ -15,6 +15,19 @@ inline int vrf_of_property(uint16_t vrf)
     return vrf != 0 ? vrf : DEFAULT_VRF;
 }
 
+/** A reverse-path property as the chip's mode: 2 strict, 1 loose, 0 off. */
+inline int urpf_mode_of_property(uint32_t property)
+{
+    switch (property) {
+    case 3:
+        return 2;
+    case 2:
+        return 1;
+    default:
+        return 0;
+    }
+}
+
 /** An MTU property as the chip's MTU in bytes. */
 inline int mtu_of_property(uint16_t mtu)
 {

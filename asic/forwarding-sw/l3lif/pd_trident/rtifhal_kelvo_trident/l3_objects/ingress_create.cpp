@@ -34,19 +34,6 @@ constexpr uint32_t CLASS_ALWAYS = 64;
 constexpr uint32_t CLASS_HIGH = 128;
 constexpr int CLASS_MAX = 255;
 
-/** The chip's reverse-path mode of the layer above's. */
-int urpf_mode_of(uint8_t property)
-{
-    switch (property) {
-    case 3:
-        return 2;
-    case 2:
-        return 1;
-    default:
-        return 0;
-    }
-}
-
 /** VRF of the lookup: IPv4's while IPv4 is on, else IPv6's, else none. */
 int vrf_of(const struct l3lif_pi_ctxt &properties)
 {
@@ -102,7 +89,7 @@ void fill_object(const struct l3lif *working, int iif, bcm_l3_ingress_t &l3_iif)
 {
     const struct l3lif_pi_ctxt &properties = *working->l3lif_pi_ctxt;
     l3_iif.flags = INGRESS_BASE_FLAGS;
-    l3_iif.urpf_mode = urpf_mode_of(properties.urpf_mode);
+    l3_iif.urpf_mode = urpf_mode_of_property(properties.urpf_mode);
     l3_iif.vrf = vrf_of(properties);
     l3_iif.ipmc_intf_id = static_cast<uint16_t>(properties.ipv4_mc_en != 0 ? iif : 0);
     TRACE_OF(rtifhal_l3_ing_create,

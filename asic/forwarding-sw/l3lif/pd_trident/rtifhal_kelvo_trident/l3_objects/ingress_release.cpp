@@ -12,6 +12,7 @@
 #include "l3_objects/ingress_ties.h"
 #include "l3_objects/working_lif.h"
 #include "rtifhal_trident.h"
+#include "vlan/vlan_controls.h"
 
 #include <fwmpd/l3_cache.h>
 #include <fwmpd/wrappers.h>

@@ -7,36 +7,10 @@
 #include "frame/trace.h"
 #include "rtifhal_trident.h"
 #include "vlan/gport.h"
+#include "vlan/vlan_controls.h"
 
 #include <fwmpd/wrappers.h>
 #include <sdk/trunk.h>
-
-namespace
-{
-
-/** VLAN flag: no IGMP snooping. */
-constexpr uint32_t BCM_VLAN_IGMP_SNOOP_DISABLE = 0x800;
-
-/**
- * Switches snooping off in the chip only: the cached record stays without the
- * flag, so that the next write through the wrapper takes it away again.
- */
-void disable_snooping(int unit, uint16_t vlan, const bcm_vlan_control_vlan_t &cached)
-{
-    bcm_vlan_control_vlan_t control;
-    bcm_vlan_control_vlan_t_init(&control);
-    control = cached;
-    control.vc_flags |= BCM_VLAN_IGMP_SNOOP_DISABLE;
-    (void)fwmpd_trident_batch_flush();
-    const int rc = bcm_vlan_control_vlan_set(unit, vlan, control);
-    if (rc != 0) {
-        REPORT_OF(rtifhal_l3_ing_create,
-                  "fwmpd_bcm_vlan_control_vlan_set(%d) BCM_VLAN_IGMP_SNOOP_DISABLE failed: %s\n",
-                  vlan, rtifhal_errtext(rc));
-    }
-}
-
-} // namespace
 
 int tie_svi(int unit, const struct l3lif *svi, int iif, const bcm_l3_ingress_t &l3_iif)
 {
@@ -60,7 +34,13 @@ int tie_svi(int unit, const struct l3lif *svi, int iif, const bcm_l3_ingress_t &
         return rc;
     }
     (void)fwmpd_trident_vlan_bvcvt_store(vlan);
-    disable_snooping(unit, vlan, *control);
+    // Routed multicast is the ingress object's affair, not snooping's.
+    const int snooping_rc = write_snooping_disabled(unit, vlan, *control);
+    if (snooping_rc != 0) {
+        REPORT_OF(rtifhal_l3_ing_create,
+                  "fwmpd_bcm_vlan_control_vlan_set(%d) BCM_VLAN_IGMP_SNOOP_DISABLE failed: %s\n",
+                  vlan, rtifhal_errtext(snooping_rc));
+    }
     return 0;
 }
 

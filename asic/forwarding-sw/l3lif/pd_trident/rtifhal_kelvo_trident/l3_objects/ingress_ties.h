@@ -10,9 +10,6 @@
 
 #include <sdk/l3.h>
 
-/** Value of a VLAN's vc_class: an ingress object is mapped. */
-inline constexpr uint32_t VLAN_CLASS_INGRESS_MAPPED = 4;
-
 /**
  * Ties an SVI's object to its VLAN.
  *

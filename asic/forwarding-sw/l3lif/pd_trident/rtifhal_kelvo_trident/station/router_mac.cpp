@@ -8,13 +8,13 @@
 #include "frame/controls.h"
 #include "frame/trace.h"
 #include "rtifhal_trident.h"
+#include "station/station.h"
 
 #include <fwm/state.h>
 #include <fwmpd/l3_cache.h>
 #include <fwmpd/wrappers.h>
 #include <sdk/l2.h>
 #include <sdk/port.h>
-#include <string.h>
 
 namespace
 {
@@ -22,23 +22,7 @@ namespace
 /** No station exists. */
 constexpr int NO_STATION = 0xFFFF;
 
-/** Traffic classes that a router MAC terminates. */
-constexpr uint32_t STATION_FLAGS = 0x1C;
-
 constexpr int CPU_PORT = 0;
-
-/** A router MAC matches in every VLAN and on every port. */
-bcm_l2_station_t router_station(const uint8_t *mac)
-{
-    bcm_l2_station_t station;
-    bcm_l2_station_t_init(&station);
-    station.flags = STATION_FLAGS;
-    memcpy(station.dst_mac, mac, sizeof station.dst_mac);
-    memset(station.dst_mac_mask, 0xFF, sizeof station.dst_mac_mask);
-    station.vlan = 0;
-    station.vlan_mask = 0;
-    return station;
-}
 
 } // namespace
 
@@ -49,7 +33,7 @@ int rtifhal_trident_rmac_add(const uint8_t *mac)
     }
     const int unit = rtifhal_get_bcm_unit(0);
     int station_id = NO_STATION;
-    bcm_l2_station_t station = router_station(mac);
+    bcm_l2_station_t station = station_of_mac(STATION_FLAGS, mac);
     (void)fwmpd_trident_batch_flush();
     const int rc = bcm_l2_station_add(unit, &station_id, &station);
     if (rc < 0) {
