@@ -13,6 +13,7 @@
 #include "rtifhal_frame.h"
 #include "rtifhal_kinds.h"
 #include "rtifhal_objects.h"
+#include "rtifhal_property.h"
 #include "rtifhal_station.h"
 #include "rtifhal_store.h"
 #include "rtifhal_vlan.h"
