@@ -15,6 +15,7 @@
 #include "journal/journal.h"
 #include "services/directory.h"
 #include "services/heap.h"
+#include "services/messages.h"
 #include "services/store.h"
 #include "services/system_state.h"
 
@@ -57,6 +58,7 @@ public:
     fwm::HostState host;           ///< trunk map, VLAN records, error texts, in-band set-up
     services::Directory directory; ///< the interfaces that the layer above has registered
     services::SystemState system;  ///< fast restart, platform keys
+    services::Messages messages;   ///< the message transport and bcm_usd
     services::Heap heap;           ///< tracked allocations, allocation faults
     services::Store store;         ///< the persistent store
 

@@ -117,6 +117,12 @@ int fwmpd_bcm_vlan_port_remove(int unit, bcm_vlan_t vlan, bcm_pbmp_t pbmp)
     });
 }
 
+int fwmpd_bcm_set_vlan_pbmp(bcm_vlan_t vlan, int port)
+{
+    Call call(Layer::wrapper, __func__, vlan, port);
+    return call.run([&] { return Switch::current().wrappers.cache_vlan_port(vlan, port); });
+}
+
 int fwmpd_bcm_vlan_destroy(int unit, bcm_vlan_t vlan)
 {
     Call call(Layer::wrapper, __func__, unit, vlan);

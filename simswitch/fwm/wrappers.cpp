@@ -27,10 +27,18 @@ Outcome check_vlan(int vlan)
     return {};
 }
 
-Outcome check_state(int port, int state)
+Outcome check_port(int port)
 {
     if (!chip::is_port(port)) {
         return chip::out_of_range("port", port, 0, chip::LAST_PORT);
+    }
+    return {};
+}
+
+Outcome check_state(int port, int state)
+{
+    if (Outcome outcome = check_port(port); !outcome.ok()) {
+        return outcome;
     }
     if (state < chip::STP_DISABLED || state > chip::STP_FORWARDING) {
         return chip::out_of_range("spanning tree state", state, chip::STP_DISABLED,
@@ -165,6 +173,7 @@ Outcome Wrappers::add_vlan_ports(int vlan, const chip::PortSet &ports,
 {
     Outcome outcome = check_vlan(vlan);
     if (outcome.ok()) {
+        vlan_ports_[vlan] |= ports;
         push(VlanPortsAdd{vlan, ports, untagged});
     }
     return outcome;
@@ -174,7 +183,20 @@ Outcome Wrappers::remove_vlan_ports(int vlan, const chip::PortSet &ports)
 {
     Outcome outcome = check_vlan(vlan);
     if (outcome.ok()) {
+        vlan_ports_[vlan] -= ports;
         push(VlanPortsRemove{vlan, ports});
+    }
+    return outcome;
+}
+
+Outcome Wrappers::cache_vlan_port(int vlan, int port)
+{
+    Outcome outcome = check_vlan(vlan);
+    if (outcome.ok()) {
+        outcome = check_port(port);
+    }
+    if (outcome.ok()) {
+        vlan_ports_[vlan].add(port);
     }
     return outcome;
 }
@@ -186,6 +208,7 @@ Outcome Wrappers::destroy_vlan(int vlan)
         if (bcm_vlan_control_vlan_t *cached = vlan_controls(vlan)) {
             *cached = {};
         }
+        vlan_ports_.erase(vlan);
         push(VlanDestroy{vlan});
     }
     return outcome;
@@ -281,6 +304,7 @@ void Wrappers::rebuild_caches()
 {
     vlan_controls_.clear();
     forgotten_vlans_.clear();
+    vlan_ports_.clear();
     vlan_blocks_.clear();
     for (const auto &[id, vlan] : chip_.vlans.all()) {
         if (vlan.controls != chip::VlanControls{}) {

@@ -83,6 +83,10 @@ public:
     Outcome remove_vlan_ports(int vlan, const chip::PortSet &ports);
     /** Puts the cached controls back to their defaults, too. */
     Outcome destroy_vlan(int vlan);
+    /** Adds a port to the cached ports of a VLAN only: after a restart the chip has it. */
+    Outcome cache_vlan_port(int vlan, int port);
+    /** The cached ports of a VLAN: what was added and not removed since the caches were filled. */
+    const chip::PortSet &cached_vlan_ports(int vlan) { return vlan_ports_[vlan]; }
     /** Updates the cached controls, too; a record that was taken away is back then. */
     Outcome set_vlan_controls(int vlan, const bcm_vlan_control_vlan_t &control);
     Outcome set_vlan_blocks(int vlan, const bcm_vlan_block_t &block);
@@ -157,6 +161,7 @@ private:
 
     // Records are handed out by address: a map whose nodes stay.
     std::unordered_map<int, bcm_vlan_control_vlan_t> vlan_controls_;
+    std::unordered_map<int, chip::PortSet> vlan_ports_;
     std::unordered_set<int> forgotten_vlans_;
     std::unordered_map<int, bcm_vlan_block_t> vlan_blocks_;
     std::vector<int> stored_vlans_;

@@ -10,6 +10,7 @@
 
 #include <fwmpd/l3_cache.h>
 #include <l3lif/l3lif_layer.h>
+#include <services/l3vm.h>
 
 #include <algorithm>
 #include <cstring>
@@ -25,6 +26,14 @@ alignas(8) unsigned char l3lif_global_data[simswitch::services::LAYER_DATA_BYTES
 
 namespace simswitch::services
 {
+
+namespace
+{
+
+/** The context of an interface that is in no other. */
+constexpr std::uint32_t DEFAULT_CONTEXT = 1;
+
+} // namespace
 
 void Directory::add(l3lif *lif)
 {
@@ -82,6 +91,32 @@ l3lif *Directory::find_by_int_vlan(std::uint16_t vlan) const
     return found == lifs_.end() ? nullptr : found->second;
 }
 
+std::uint32_t Directory::context(std::uint32_t ifindex) const
+{
+    const auto given = contexts_.find(ifindex);
+    if (given != contexts_.end()) {
+        return given->second;
+    }
+    const l3lif *lif = find(ifindex);
+    const std::uint32_t vrf =
+        lif == nullptr || lif->l3lif_pi_ctxt == nullptr ? 0 : lif->l3lif_pi_ctxt->vrf;
+    return vrf == 0 ? DEFAULT_CONTEXT : vrf;
+}
+
+std::uint32_t Directory::iod(std::uint32_t ifindex)
+{
+    auto place = std::find(iods_.begin(), iods_.end(), ifindex);
+    if (place == iods_.end()) {
+        place = iods_.insert(iods_.end(), ifindex);
+    }
+    return static_cast<std::uint32_t>(place - iods_.begin()) + 1;
+}
+
+std::optional<std::uint32_t> Directory::ifindex_of_iod(std::uint32_t iod) const
+{
+    return iod == 0 || iod > iods_.size() ? std::nullopt : std::optional(iods_[iod - 1]);
+}
+
 void Directory::set_flood_entry(std::size_t slot, std::uint32_t entry)
 {
     if (slot >= LAYER_DATA_FLOOD_ENTRY_COUNT) {
@@ -106,6 +141,26 @@ struct l3lif *l3lif_find_lif_from_int_vlan(uint16_t vlan)
 {
     Call call(Layer::service, __func__, vlan);
     return call.run_pointer([&] { return Switch::current().directory.find_by_int_vlan(vlan); });
+}
+
+int lcache_im_get_iod_frm_ifindex(uint32_t ifindex, uint32_t *iod)
+{
+    Call call(Layer::service, __func__, ifindex);
+    return call.run([&] {
+        *iod = Switch::current().directory.iod(ifindex);
+        call.out("iod", static_cast<int>(*iod));
+        return 0;
+    });
+}
+
+uint32_t l3vm_if_get_context_id(uint32_t iod)
+{
+    Call call(Layer::service, __func__, static_cast<int>(iod));
+    return static_cast<uint32_t>(call.run([&] {
+        const simswitch::services::Directory &directory = Switch::current().directory;
+        const auto ifindex = directory.ifindex_of_iod(iod);
+        return static_cast<int>(ifindex ? directory.context(*ifindex) : 0);
+    }));
 }
 
 int l3lif_get_iif_for_ifindex_new(uint32_t ifindex, l3lif_iif_info_t *info)

@@ -65,6 +65,15 @@ public:
     /** Notes that an interface was published. */
     void note_update(std::uint32_t ifindex) { updates_.push_back(ifindex); }
 
+    /** Puts an interface into a VRF context. */
+    void set_context(std::uint32_t ifindex, std::uint32_t context) { contexts_[ifindex] = context; }
+    /** Its VRF context: the one given, or else the VRF of its record, 0 counted as 1. */
+    std::uint32_t context(std::uint32_t ifindex) const;
+    /** The interface manager's number of an interface, from 1, given at the first question. */
+    std::uint32_t iod(std::uint32_t ifindex);
+    /** The interface of such a number; nothing for an unknown one. */
+    std::optional<std::uint32_t> ifindex_of_iod(std::uint32_t iod) const;
+
     /** Writes the id of a field entry that floods to ports into a slot, 0 to 95, of
      * l3lif_global_data. */
     static void set_flood_entry(std::size_t slot, std::uint32_t entry);
@@ -73,6 +82,8 @@ private:
     std::map<std::uint32_t, l3lif *> lifs_;
     std::map<std::uint32_t, bool> ready_;
     std::map<std::uint32_t, std::uint32_t> iifs_;
+    std::map<std::uint32_t, std::uint32_t> contexts_;
+    std::vector<std::uint32_t> iods_; ///< the ifindex of each number, the first is number 1
     std::vector<std::uint32_t> updates_;
 };
 

@@ -78,6 +78,16 @@ int fwmpd_bcm_port_stp_set(int unit, int port, int state);
 int fwmpd_bcm_stg_stp_set(int unit, int stg, int port, int state);
 
 /**
+ * Adds a port to the cached ports of a VLAN. The chip is left alone: this is
+ * for a restart, after which the chip still has the port there.
+ *
+ * @param vlan  VLAN id
+ * @param port  port, 0 to 255
+ * @return 0; -4 for a VLAN or port out of range; the library doesn't look at it
+ */
+int fwmpd_bcm_set_vlan_pbmp(bcm_vlan_t vlan, int port);
+
+/**
  * Adds ports to a VLAN.
  *
  * @param unit  SDK unit

@@ -1,5 +1,9 @@
 /*
- * rtifhal_store.h: what outlives the process.
+ * rtifhal_store.h: what outlives the process, and how it is taken up again by
+ * the next one.
+ *
+ * After a restart in restore mode the layer above restores the global context,
+ * then each stored interface. The chip is left as it is.
  *
  * Part of rtifhal_trident.h.
  */
@@ -36,6 +40,24 @@ RTIFHAL_EXPORT int rtifhal_trident_l3port_add_pss(struct l3lif *l3lif);
  * @return 0; the store's value on failure, which is reported
  */
 RTIFHAL_EXPORT int rtifhal_trident_l3port_del_pss(uint32_t ifindex);
+
+/**
+ * Takes the held-back interface numbers up again from the global
+ * configuration. For the layer above, on a restart, before any interface.
+ *
+ * @return 0
+ */
+RTIFHAL_EXPORT int rtifhal_trident_pss_restore_global_context(void);
+
+/**
+ * Takes a stored interface up again, of whatever kind: its number and its VLAN
+ * are marked as in use. For the layer above, on a restart.
+ *
+ * @param l3lif  the interface as it was stored; int_vlan becomes 4094 where it
+ *               has no encapsulation VLAN
+ * @return 0
+ */
+RTIFHAL_EXPORT int rtifhal_trident_l3port_restore(struct l3lif *l3lif);
 
 #ifdef __cplusplus
 }

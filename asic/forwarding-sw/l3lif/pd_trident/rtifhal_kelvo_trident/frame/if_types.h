@@ -8,5 +8,6 @@
 
 inline constexpr uint8_t IF_TYPE_MANAGEMENT = 5;
 inline constexpr uint8_t IF_TYPE_SVI = 9;
+inline constexpr uint8_t IF_TYPE_PORT_CHANNEL = 22;
 inline constexpr uint8_t IF_TYPE_TUNNEL = 24;
 inline constexpr uint8_t IF_TYPE_ETHERNET = 26;

@@ -134,6 +134,24 @@ void take_preserved_iif(int iif)
     store_preserved();
 }
 
+void restore_preserved_iifs()
+{
+    l3lif_l3iif_table_preserve.size = TABLE_BYTES;
+    memcpy(l3lif_l3iif_table_preserve.bits, &fwmpd_global_config[GLOBAL_CONFIG_PRESERVE],
+           TABLE_BYTES);
+    for (uint32_t i = 0; i < TABLE_BYTES; ++i) {
+        l3lif_l3iif_table.bits[i] |= l3lif_l3iif_table_preserve.bits[i];
+    }
+}
+
+void restore_iif(int iif)
+{
+    if (iif >= 0 && iif < TABLE_NUMBERS) {
+        set_bit(l3lif_l3iif_table, iif);
+        clear_bit(l3lif_l3iif_table_preserve, iif);
+    }
+}
+
 void l3iif_table_init(void)
 {
     TRACE(" %s called with :%d \n", __func__, l3lif_l3iif_table_inited);

@@ -14,3 +14,9 @@ bool is_iif_preserved(int iif);
 
 /** Takes a held-back number into use again, and stores the held-back numbers. */
 void take_preserved_iif(int iif);
+
+/** Takes the held-back numbers up from the global configuration: none of them is free. */
+void restore_preserved_iifs();
+
+/** Marks the number of a restored interface as in use; the stored numbers stay as they are. */
+void restore_iif(int iif);

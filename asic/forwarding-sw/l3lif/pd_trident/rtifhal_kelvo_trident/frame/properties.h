@@ -4,6 +4,8 @@
  */
 #pragma once
 
+#include "rtifhal_types.h"
+
 #include <stdint.h>
 
 inline constexpr int DEFAULT_VRF = 1;
@@ -13,6 +15,15 @@ inline constexpr int DEFAULT_MTU = 1500;
 inline int vrf_of_property(uint16_t vrf)
 {
     return vrf != 0 ? vrf : DEFAULT_VRF;
+}
+
+/** VRF of the lookup: IPv4's while IPv4 is on, else IPv6's, else none. */
+inline int vrf_of_lookup(const struct l3lif_pi_ctxt &properties)
+{
+    if (properties.ipv4_en != 0) {
+        return vrf_of_property(properties.vrf);
+    }
+    return properties.ipv6_en != 0 ? vrf_of_property(properties.ipv6_vrf) : 0;
 }
 
 /** A reverse-path property as the chip's mode: 2 strict, 1 loose, 0 off. */

@@ -34,18 +34,6 @@ constexpr uint32_t CLASS_ALWAYS = 64;
 constexpr uint32_t CLASS_HIGH = 128;
 constexpr int CLASS_MAX = 255;
 
-/** VRF of the lookup: IPv4's while IPv4 is on, else IPv6's, else none. */
-int vrf_of(const struct l3lif_pi_ctxt &properties)
-{
-    if (properties.ipv4_en != 0) {
-        return vrf_of_property(properties.vrf);
-    }
-    if (properties.ipv6_en != 0) {
-        return vrf_of_property(properties.ipv6_vrf);
-    }
-    return 0;
-}
-
 /** Starts from the cached object, so that what isn't set here keeps its value. */
 int start_from_cache(int iif, bcm_l3_ingress_t &l3_iif)
 {
@@ -90,7 +78,7 @@ void fill_object(const struct l3lif *working, int iif, bcm_l3_ingress_t &l3_iif)
     const struct l3lif_pi_ctxt &properties = *working->l3lif_pi_ctxt;
     l3_iif.flags = INGRESS_BASE_FLAGS;
     l3_iif.urpf_mode = urpf_mode_of_property(properties.urpf_mode);
-    l3_iif.vrf = vrf_of(properties);
+    l3_iif.vrf = vrf_of_lookup(properties);
     l3_iif.ipmc_intf_id = static_cast<uint16_t>(properties.ipv4_mc_en != 0 ? iif : 0);
     TRACE_OF(rtifhal_l3_ing_create,
              "vrf = %d ipv4_en = %d ipv6_en = %d, ipmc_l3iif = %d ipv4_mc_en = %d\n", l3_iif.vrf,
