@@ -17,7 +17,6 @@ namespace
 {
 
 using namespace setter_road;
-using svi_road::ROUTED_IP4;
 
 constexpr std::uint32_t VRF = 3;
 constexpr std::uint32_t URPF = 4;

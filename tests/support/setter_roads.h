@@ -33,6 +33,21 @@ inline const std::string WRITE_VLAN_DIRECTLY = "bcm_vlan_control_vlan_set";
 inline const std::string CREATE_INTERFACE = "rtifhal_l3_intf_create";
 inline const std::string CREATE_INGRESS = "rtifhal_l3_ing_create";
 
+/** All families, a strict reverse-path check, VRF 5, MTU 9000, a class of 0xE1 in the end. */
+inline constexpr l3lif_pi_ctxt EVERYTHING_ON = {.ipv4_en = 1,
+                                                .ipv4_mc_en = 1,
+                                                .ipv6_en = 1,
+                                                .l3_prop_word_7 = 1,
+                                                .urpf_mode = 3,
+                                                .vrf = 5,
+                                                .ipv6_vrf = 6,
+                                                .mtu = 9000,
+                                                .ingress_flag_word = 1,
+                                                .l3_prop_word_8 = 1,
+                                                .acl_qos_label_pending = 0x21,
+                                                .class_high_bit = 1,
+                                                .mpls_en = 1};
+
 /** The L3 interface is read by its number; answer: "{flags=0x0 …}". */
 std::string object_answered(const std::string &answer);
 /** The ingress object of IPv4 alone in VRF 1, as the chip gets it. */
