@@ -8,42 +8,22 @@
 #include "l3lif/leftovers.h"
 #include "l3lif/plans.h"
 #include "l3lif/readback.h"
+#include "l3lif/readback_macs.h"
 #include "report/json.h"
 #include "report/table.h"
 
 #include <fmt/format.h>
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace lab::commands
 {
 
 namespace
 {
-
-/** Why interfaces of a kind are not brought up. */
-std::string not_yet(config::Kind kind)
-{
-    switch (kind) {
-    case config::Kind::svi:
-        return "VLAN interfaces are not brought up yet";
-    case config::Kind::port:
-    case config::Kind::port_channel:
-    case config::Kind::subinterface:
-    case config::Kind::tunnel:
-        break;
-    }
-    return "such interfaces are not brought up yet";
-}
-
-std::vector<config::SkippedRow> all_skipped(config::Description &config)
-{
-    for (const auto &interface : config.interfaces) {
-        if (!l3lif::supports(interface.kind)) {
-            config.skipped.push_back({interface.table, interface.name, not_yet(interface.kind)});
-        }
-    }
-    config.sort_skipped();
-    return config.skipped;
-}
 
 /** An ordinary start finds the switch empty: what an earlier run has stored is void. */
 void forget_earlier_run(simswitch::Switch &hardware, const UpOptions &options,
@@ -72,6 +52,80 @@ report::InterfaceResult judge(const simswitch::Switch &hardware, const l3lif::In
         }
     }
     return result;
+}
+
+/** The number in the chip of a VLAN's SVI; 0 when it has none. */
+int svi_of(const report::UpResult &result, std::uint16_t vlan)
+{
+    for (const auto &interface : result.interfaces) {
+        const auto &plan = interface.interface->lif->plan();
+        if (plan.kind == config::Kind::svi && plan.vlan == vlan) {
+            return interface.view.iif;
+        }
+    }
+    return 0;
+}
+
+report::VirtualMacResult judge(const simswitch::Switch &hardware, const l3lif::Layer &layer,
+                               const l3lif::VirtualMac &mac)
+{
+    std::vector<std::uint16_t> secondaries;
+    for (const auto &pair : layer.pairs()) {
+        if (pair.plan.primary == mac.plan.vlan) {
+            secondaries.push_back(pair.plan.secondary);
+        }
+    }
+    report::VirtualMacResult result{&mac, l3lif::read_back(hardware, mac.plan, secondaries), {}};
+    result.error = mac.up.last_error();
+    if (result.error.empty()) {
+        result.error = result.view.missing;
+    }
+    return result;
+}
+
+report::PairResult judge(const simswitch::Switch &hardware, const report::UpResult &run,
+                         const l3lif::Pair &pair)
+{
+    report::PairResult result{
+        &pair, l3lif::read_back(hardware, pair.plan, svi_of(run, pair.plan.primary)), {}};
+    result.error = pair.up.last_error();
+    if (result.error.empty()) {
+        result.error = result.view.missing;
+    }
+    return result;
+}
+
+/** Brings everything up: VLANs, interfaces, private-VLAN pairs, virtual MACs. */
+void bring_all_up(const config::Description &config, l3lif::Layer &layer)
+{
+    layer.add_router_mac(config.device_mac);
+    for (auto &plan : l3lif::vlan_plans_of(config)) {
+        layer.set_up_vlan(std::move(plan));
+    }
+    const auto plans = l3lif::plans_of(config);
+    for (const auto &plan : plans) {
+        layer.bring_up(plan);
+    }
+    for (const auto &plan : l3lif::pair_plans_of(config)) {
+        layer.add_pair(plan);
+    }
+    for (auto &plan : l3lif::virtual_mac_plans_of(config, plans)) {
+        layer.add_virtual_mac(std::move(plan));
+    }
+}
+
+void judge_all(const simswitch::Switch &hardware, const l3lif::Layer &layer,
+               report::UpResult &result)
+{
+    for (const auto &interface : layer.interfaces()) {
+        result.interfaces.push_back(judge(hardware, *interface));
+    }
+    for (const auto &mac : layer.virtual_macs()) {
+        result.virtual_macs.push_back(judge(hardware, layer, mac));
+    }
+    for (const auto &pair : layer.pairs()) {
+        result.pairs.push_back(judge(hardware, result, pair));
+    }
 }
 
 /** Tells once of interfaces on which the chip doesn't route what the file asks for. */
@@ -117,24 +171,19 @@ int up(const UpOptions &options, std::ostream &out)
 
 int up_on(simswitch::Switch &hardware, const UpOptions &options, std::ostream &out)
 {
-    config::Description config = config::read_config(options.config);
+    const config::Description config = config::read_config(options.config);
     report::UpResult result;
     result.config = &config;
     result.chip = hardware.chip.kind() == simswitch::chip::Kind::trident2 ? "Trident2" : "Trident";
-    result.skipped = all_skipped(config);
+    result.skipped = config.skipped;
     result.notes = config.notes;
     forget_earlier_run(hardware, options, result.notes);
 
     const l3lif::Moment before = l3lif::look(hardware);
     l3lif::Layer layer(hardware);
     result.layer = &layer;
-    layer.add_router_mac(config.device_mac);
-    for (auto &plan : l3lif::plans_of(config)) {
-        layer.bring_up(std::move(plan));
-    }
-    for (const auto &interface : layer.interfaces()) {
-        result.interfaces.push_back(judge(hardware, *interface));
-    }
+    bring_all_up(config, layer);
+    judge_all(hardware, layer, result);
     note_families(hardware, result);
     if (options.then_down) {
         result.teardown = tear_down(hardware, layer, before);

@@ -53,20 +53,52 @@ struct PortChannel {
     std::string refused;              ///< why nothing can use it; empty for one that is taken
 };
 
+/** What a VLAN is in a private VLAN. */
+enum class VlanRole : std::uint8_t { none, primary, secondary };
+
+/** A port or port-channel that a VLAN is bridged to. */
+struct VlanMember {
+    std::string name;
+    bool tagged = false; ///< its frames carry the VLAN's tag
+};
+
+/** A VLAN of the device. */
+struct Vlan {
+    std::uint16_t id = 0;
+    std::uint16_t mtu = 0;           ///< L3 MTU in bytes of its interface; 0: the file says nothing
+    VlanRole role = VlanRole::none;  ///< what the pairs make of it
+    std::vector<VlanMember> members; ///< in natural order of their names
+    std::string refused;             ///< why nothing can use it; empty for one that is taken
+};
+
+/** A private-VLAN pair: hosts in the secondary, their router in the primary. */
+struct PvlanPair {
+    std::string primary;
+    std::string secondary;
+};
+
+/** A MAC that an interface answers to beside its own. */
+struct VirtualMac {
+    std::string owner;  ///< name of the interface
+    Mac mac = {};       ///< the MAC
+    std::string source; ///< "SAG", "VRRP 8": what gives it
+};
+
 /** A routed interface other than a tunnel. */
 struct RoutedInterface {
     Kind kind = Kind::port;
     std::string table; ///< the table whose rows made it
     std::string name;
-    std::string main;                ///< a subinterface's port or port-channel
-    unsigned number = 0;             ///< a subinterface's, what stands behind the dot of its name
-    std::uint16_t vlan = 0;          ///< VLAN of an SVI or subinterface, else 0
-    std::uint16_t mtu = 0;           ///< a subinterface's own L3 MTU in bytes; 0: its main's
+    std::string main;       ///< a subinterface's port or port-channel
+    unsigned number = 0;    ///< a subinterface's, what stands behind the dot of its name
+    std::uint16_t vlan = 0; ///< VLAN of an SVI or subinterface, else 0
+    std::uint16_t mtu = 0;  ///< own L3 MTU in bytes of a subinterface or SVI; 0: its main's, VLAN's
     std::uint16_t vrf = VRF_DEFAULT; ///< VRF number
     std::optional<Mac> mac;          ///< its own MAC; nothing: the device's
     std::vector<Prefix> addresses;   ///< its addresses, each once
     bool link_local_only = false;    ///< IPv6 without an address of the file
     bool mpls = false;               ///< MPLS forwarding
+    bool anycast_gateway = false;    ///< an SVI that has the MAC of the anycast gateways
 
     /** Whether it routes IPv4 (false) or IPv6 (true). */
     bool routes(bool ipv6) const;
@@ -97,8 +129,11 @@ struct Description {
     std::map<std::string, Port, std::less<>> ports;                ///< by name
     std::map<std::string, PortChannel, NaturalLess> port_channels; ///< by name
     std::map<std::string, std::uint16_t, std::less<>> vrfs; ///< number by name, without the default
+    std::map<std::string, Vlan, NaturalLess> vlans;         ///< by name
     std::vector<RoutedInterface> interfaces; ///< by kind, within it in natural order of the names
     std::vector<Tunnel> tunnels;             ///< in natural order of their names
+    std::vector<PvlanPair> pvlan_pairs;      ///< in natural order of the primaries' names
+    std::vector<VirtualMac> virtual_macs;    ///< in the order of their interfaces
     std::vector<SkippedRow> skipped;         ///< by table and row
     std::vector<std::string> notes;          ///< lines worth telling, with the file's name
 

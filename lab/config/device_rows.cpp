@@ -43,9 +43,11 @@ NameSet ports_of_interface_rows(const Tables &tables)
             }
         }
     }
-    for (const auto &[key, row] : tables.table("PORTCHANNEL_MEMBER")) {
-        if (std::string port = key.substr(key.find('|') + 1); is_port_name(port)) {
-            names.insert(std::move(port));
+    for (const char *table : {"PORTCHANNEL_MEMBER", "VLAN_MEMBER"}) {
+        for (const auto &[key, row] : tables.table(table)) {
+            if (std::string port = key.substr(key.find('|') + 1); is_port_name(port)) {
+                names.insert(std::move(port));
+            }
         }
     }
     for (const auto &[key, row] : tables.table("PORTCHANNEL")) {

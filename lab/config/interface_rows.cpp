@@ -20,11 +20,8 @@ namespace lab::config
 namespace
 {
 
-// The VLAN in which the chip routes all ports and subinterfaces.
-constexpr std::uint16_t VLAN_OF_ROUTED_PORTS = 4094;
-
 // The highest subinterface that an interface index has room for.
-constexpr unsigned PORT_SUBINTERFACE_LAST = 1048575;
+constexpr unsigned PORT_SUBINTERFACE_LAST = 65535;
 constexpr unsigned PORT_CHANNEL_SUBINTERFACE_LAST = 4095;
 
 /** A table of routed interfaces, and what its rows make. */
@@ -51,7 +48,6 @@ constexpr std::array OTHER_TABLES = {
     OtherTable{"MGMT_INTERFACE", "the management port is no routed interface of the hardware"},
     OtherTable{"VXLAN_TUNNEL", "a VXLAN tunnel is no routed interface; IP-in-IP tunnels are"},
     OtherTable{"NVGRE_TUNNEL", "an NVGRE tunnel is no routed interface; IP-in-IP tunnels are"},
-    OtherTable{"SAG", "the MAC of anycast gateways is not taken up yet"},
 };
 
 /** An address row. */
@@ -95,9 +91,9 @@ std::uint16_t subinterface_vlan(const SubinterfaceName &name, const Row &own)
         if (field == nullptr) {
             refuse("vlan is missing, and the short form of the name doesn't carry it");
         }
-        return need_vlan(*field);
+        return need_free_vlan(*field);
     }
-    const std::uint16_t vlan = need_vlan(name.digits);
+    const std::uint16_t vlan = need_free_vlan(name.digits);
     if (field != nullptr && need_vlan(*field) != vlan) {
         refuse("the name says VLAN {} and the field vlan says {}", vlan, *field);
     }
@@ -114,9 +110,6 @@ void read_subinterface(RoutedInterface &interface, const Row &own, const Descrip
     }
     interface.main = name->parent;
     interface.vlan = subinterface_vlan(*name, own);
-    if (interface.vlan == VLAN_OF_ROUTED_PORTS) {
-        refuse("VLAN {} is the switch's own", VLAN_OF_ROUTED_PORTS);
-    }
     const bool on_port = is_port_name(interface.main);
     const unsigned last = on_port ? PORT_SUBINTERFACE_LAST : PORT_CHANNEL_SUBINTERFACE_LAST;
     interface.number = parse_number(name->digits).value_or(0);
@@ -151,14 +144,9 @@ void read_name(RoutedInterface &interface, const Row &own, const Description &de
         }
         need_port_channel(name, description);
         return;
-    case Kind::svi: {
-        const auto digits = vlan_name_digits(name);
-        if (!digits) {
-            refuse("{} is no VLAN name like Vlan100", in_quotes(name));
-        }
-        interface.vlan = need_vlan(*digits);
+    case Kind::svi:
+        interface.vlan = need_known_vlan(name, description).id;
         return;
-    }
     case Kind::subinterface:
     case Kind::tunnel:
         break;
@@ -184,7 +172,10 @@ void read_properties(RoutedInterface &interface, const Row &own, const Descripti
             refuse("mac_addr: {}", reason);
         }
     }
-    if (interface.kind == Kind::subinterface) {
+    if (interface.kind == Kind::svi) {
+        interface.anycast_gateway = is_true(own, "static_anycast_gateway");
+    }
+    if (interface.kind == Kind::subinterface || interface.kind == Kind::svi) {
         interface.mtu =
             static_cast<std::uint16_t>(number(own, "mtu", MTU_MIN, MTU_MAX).value_or(0));
     }

@@ -19,7 +19,7 @@ namespace lab::config
 std::vector<std::string_view> interface_tables();
 
 /**
- * Reads the tables of routed interfaces; ports and VRFs are known by then.
+ * Reads the tables of routed interfaces; ports, VLANs and VRFs are known by then.
  * Tables of interfaces that the hardware has no routed interface for are
  * listed as skipped, with the reason.
  *

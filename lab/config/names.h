@@ -16,6 +16,9 @@ namespace lab::config
 inline constexpr std::uint16_t VLAN_MIN = 1;
 inline constexpr std::uint16_t VLAN_MAX = 4094;
 
+/** The VLAN in which the chip routes all ports and subinterfaces; no file can have it. */
+inline constexpr std::uint16_t VLAN_OF_ROUTED_PORTS = 4094;
+
 /** A text in quotation marks; control characters and all that could stir a terminal as \x1b. */
 std::string in_quotes(std::string_view text);
 

@@ -17,19 +17,6 @@ namespace
 
 using NameSet = std::set<std::string, NaturalLess>;
 
-/** The items of a text "Ethernet0,Ethernet4"; none of an empty one. */
-std::vector<std::string> split(const std::string &text)
-{
-    std::vector<std::string> items;
-    std::size_t start = 0;
-    while (start < text.size()) {
-        const std::size_t comma = std::min(text.find(',', start), text.size());
-        items.push_back(text.substr(start, comma - start));
-        start = comma + 1;
-    }
-    return items;
-}
-
 /** Refuses a number that another port-channel has: PortChannel1 and PortChannel0001. */
 void need_own_number(const std::string &name, const PortChannel &channel,
                      const Description &description)
@@ -99,6 +86,11 @@ void take_undeclared(const Tables &tables, const NameSet &routed, Description &d
             used.insert(std::move(name));
         }
     }
+    for (const auto &[key, row] : tables.table("VLAN_MEMBER")) {
+        if (std::string name = key.substr(key.find('|') + 1); is_port_channel_name(name)) {
+            used.insert(std::move(name));
+        }
+    }
     std::erase_if(used, [&description](const std::string &name) {
         return description.port_channels.contains(name);
     });
@@ -123,18 +115,6 @@ NameSet routed_ports(const Tables &tables)
         names.insert(key.substr(0, key.find('|')));
     }
     return names;
-}
-
-/** The port-channel that has a port as its member; empty for none. */
-std::string port_channel_of(const std::string &port, const Description &description)
-{
-    for (const auto &[name, channel] : description.port_channels) {
-        const auto &members = channel.members;
-        if (std::find(members.begin(), members.end(), port) != members.end()) {
-            return name;
-        }
-    }
-    return "";
 }
 
 /** Makes a port a member; one that is a member of this port-channel already stays. */
@@ -207,13 +187,7 @@ void read_member_lists(const Tables &tables, const NameSet &routed, Description 
 
 std::vector<std::string> listed_members(const Row &row)
 {
-    // A dump of the database marks a list by the name of its field.
-    for (const char *name : {"members", "members@"}) {
-        if (const Field *field = row.find(name); field != nullptr) {
-            return field->is_list ? field->items : split(field->text);
-        }
-    }
-    return {};
+    return listed(row, "members");
 }
 
 void need_port_channel(const std::string &name, const Description &description)
@@ -228,6 +202,17 @@ void need_port_channel(const std::string &name, const Description &description)
     if (channel->second.members.empty()) {
         refuse("{} has no members, and without them no trunk in the chip", name);
     }
+}
+
+std::string port_channel_of(const std::string &port, const Description &description)
+{
+    for (const auto &[name, channel] : description.port_channels) {
+        const auto &members = channel.members;
+        if (std::find(members.begin(), members.end(), port) != members.end()) {
+            return name;
+        }
+    }
+    return "";
 }
 
 std::string routed_port_channel_of(const std::string &port, const Description &description)

@@ -29,6 +29,9 @@ std::vector<std::string> listed_members(const Row &row);
 /** Refuses a port-channel that was refused itself, or that has no members. */
 void need_port_channel(const std::string &name, const Description &description);
 
+/** The port-channel that a port is a member of; or empty. */
+std::string port_channel_of(const std::string &port, const Description &description);
+
 /** The port-channel that a port is a member of, if it is routed or has subinterfaces; or empty. */
 std::string routed_port_channel_of(const std::string &port, const Description &description);
 

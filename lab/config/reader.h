@@ -3,8 +3,9 @@
  * and says what it means for routed interfaces. A row that can't be taken is
  * skipped with its reason, and the rest goes on.
  *
- * Its work is spread over device_rows.h (device, ports, VRFs, tunnels) and
- * interface_rows.h (the tables of routed interfaces). docs/config.md has the
+ * Its work is spread over device_rows.h (device, ports, VRFs, tunnels),
+ * port_channel_rows.h, vlan_rows.h (VLANs, their members, private-VLAN pairs),
+ * interface_rows.h (the tables of routed interfaces) and virtual_mac_rows.h. docs/config.md has the
  * rules for people.
  */
 #pragma once

@@ -14,6 +14,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace lab::config
 {
@@ -45,11 +46,27 @@ std::optional<std::uint32_t> number(const Row &row, std::string_view name, std::
 /** Whether a field says "enable"; "disable" and no field are false, anything else is refused. */
 bool enabled(const Row &row, std::string_view name);
 
+/** Whether a field says "true"; "false" and no field are false, anything else is refused. */
+bool is_true(const Row &row, std::string_view name);
+
+/** The items of a list, or of a text like "Ethernet0,Ethernet4", as they are written; mostly none.
+ */
+std::vector<std::string> listed(const Row &row, std::string_view name);
+
 /** Refuses a port that the configuration doesn't have, or that was refused itself. */
 void need_port(const std::string &name, const Description &description);
 
 /** A VLAN in 1..4094. */
 std::uint16_t need_vlan(std::string_view digits);
+
+/** A VLAN in 1..4093: one that isn't the switch's own. */
+std::uint16_t need_free_vlan(std::string_view digits);
+
+/** The number in the name of a VLAN, in 1..4093. */
+std::uint16_t need_vlan_name(std::string_view name);
+
+/** A VLAN of the configuration; refuses one that it doesn't have, or that was refused itself. */
+const Vlan &need_known_vlan(std::string_view name, const Description &description);
 
 /** An address of one interface. */
 IpAddress need_unicast(std::string_view field, std::string_view text);

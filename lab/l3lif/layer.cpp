@@ -8,10 +8,9 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <array>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 namespace lab::l3lif
 {
@@ -21,75 +20,14 @@ namespace
 
 namespace if_index = simswitch::if_index;
 
-// Lines of progress that the library writes at the error level. A trunk that is
-// created, or read while it is there already, is no failure either.
-constexpr std::array<std::string_view, 4> PROGRESS = {
-    "calling bcm_trunk_create_id(", "bcm_trunk_get(unit=", "Searching l3-intf on ", "ifindex "};
-
-/** Messages begin and end with line ends, for the log that they were made for. */
-std::string trimmed(const std::string &text)
-{
-    const std::size_t first = text.find_first_not_of(" \n");
-    return first == std::string::npos
-               ? ""
-               : text.substr(first, text.find_last_not_of(" \n") - first + 1);
-}
-
 // A member's own record has no context, which the library reports at each delete.
 constexpr std::string_view NO_CONTEXT = "Failed to delete l3lif pd context for intf ";
 
-bool is_progress(std::string_view message)
-{
-    return std::any_of(PROGRESS.begin(), PROGRESS.end(),
-                       [message](std::string_view start) { return message.starts_with(start); });
-}
-
 } // namespace
 
-void Request::append(Request next)
+Request Layer::run(const std::string &name, const std::function<int()> &work)
 {
-    code = code != 0 ? code : next.code;
-    calls.insert(calls.end(), next.calls.begin(), next.calls.end());
-    messages.insert(messages.end(), next.messages.begin(), next.messages.end());
-    if (refused_writes.empty()) {
-        refused_writes = std::move(next.refused_writes);
-    }
-}
-
-std::string Request::last_error() const
-{
-    for (auto message = messages.rbegin(); message != messages.rend(); ++message) {
-        std::string text = trimmed(message->text);
-        const bool harmless =
-            is_progress(text) || (!expected.empty() && text.starts_with(expected));
-        if (message->level == simswitch::fwm::LEVEL_ERROR && !harmless) {
-            return text;
-        }
-    }
-    return refused_writes;
-}
-
-bool supports(config::Kind kind)
-{
-    return kind != config::Kind::svi;
-}
-
-template <class Work> Request Layer::run(const std::string &name, Work &&work)
-{
-    Request request;
-    hardware_.trace.clear();
-    hardware_.journal.begin_request(name);
-    const std::size_t first = hardware_.journal.records().size();
-    request.code = work();
-    // The end of a request writes out what still waits in the queue.
-    const auto report = hardware_.wrappers.flush();
-    if (report.refused != 0) {
-        request.refused_writes = report.text;
-    }
-    request.calls = hardware_.journal.calls(first);
-    const auto &messages = hardware_.trace.messages();
-    request.messages.assign(messages.begin(), messages.end());
-    return request;
+    return make_request(hardware_, name, work);
 }
 
 const Request &Layer::add_router_mac(const config::Mac &mac)
@@ -113,8 +51,10 @@ Request Layer::add(Interface &interface)
     case config::Kind::tunnel:
         return run(fmt::format("add {}", lif.plan().name),
                    [&lif] { return rtifhal_trident_add_l3tun(lif.record(), 1); });
-    case config::Kind::port:
     case config::Kind::svi:
+        return run(fmt::format("add {}", lif.plan().name),
+                   [&lif] { return rtifhal_trident_add_svi(lif.record(), 0, 1); });
+    case config::Kind::port:
         break;
     }
     return run(fmt::format("add {}", lif.plan().name),
@@ -222,12 +162,28 @@ Request Layer::remove(Interface &interface)
     case config::Kind::tunnel:
         return run(fmt::format("delete {}", lif.plan().name),
                    [&lif] { return rtifhal_trident_del_l3tun(lif.record(), 1); });
-    case config::Kind::port:
     case config::Kind::svi:
+        return remove_svi(lif);
+    case config::Kind::port:
         break;
     }
     return run(fmt::format("delete {}", lif.plan().name),
                [&lif] { return rtifhal_trident_del_l3port(lif.record(), 1); });
+}
+
+/**
+ * In two steps: the ingress object of an SVI goes only when what is left of it
+ * is destroyed after the hardware was taken down. Where that fails, all of it stays.
+ */
+Request Layer::remove_svi(Lif &lif)
+{
+    Request request;
+    for (int destroy = 0; destroy <= 1 && request.code == 0; ++destroy) {
+        request.append(
+            run(fmt::format("{} {}", destroy == 0 ? "delete" : "destroy", lif.plan().name),
+                [&lif, destroy] { return rtifhal_trident_del_svi(lif.record(), 0, destroy); }));
+    }
+    return request;
 }
 
 /** The port-channel's object goes with the member that leaves last. */
@@ -260,14 +216,52 @@ Request Layer::remove_subinterface(Lif &lif)
     return request;
 }
 
-bool Layer::take_down()
+void Layer::add_pair(PairPlan plan)
+{
+    Request up = run(fmt::format("add pair {}, {}", plan.primary, plan.secondary), [&plan] {
+        rtifhal_kelvo_pvlan_svi_mapping_update(plan.primary, plan.secondary, 1);
+        return 0;
+    });
+    pairs_.push_back({plan, std::move(up), {}});
+}
+
+void Layer::add_virtual_mac(VirtualMacPlan plan)
+{
+    Request up =
+        run(fmt::format("add virtual MAC {} of {}", config::mac_text(plan.mac), plan.owner),
+            [&plan] { return rtifhal_trident_fhrp_mac_add(plan.mac.data(), plan.ifindex); });
+    virtual_macs_.push_back({std::move(plan), std::move(up), {}});
+}
+
+bool Layer::take_interfaces_down()
 {
     bool clean = true;
-    for (auto interface = interfaces_.rbegin(); interface != interfaces_.rend(); ++interface) {
-        Request &down = (*interface)->down;
-        down = remove(**interface);
-        clean = clean && down.code == 0 && down.last_error().empty();
+    for (auto it = virtual_macs_.rbegin(); it != virtual_macs_.rend(); ++it) {
+        const VirtualMacPlan &plan = it->plan;
+        it->down =
+            run(fmt::format("delete virtual MAC {} of {}", config::mac_text(plan.mac), plan.owner),
+                [&plan] { return rtifhal_trident_fhrp_mac_del(plan.mac.data(), plan.ifindex); });
+        clean = clean && it->down.ok();
     }
+    for (auto it = pairs_.rbegin(); it != pairs_.rend(); ++it) {
+        const PairPlan &plan = it->plan;
+        it->down = run(fmt::format("delete pair {}, {}", plan.primary, plan.secondary), [&plan] {
+            rtifhal_kelvo_pvlan_svi_mapping_update(plan.primary, plan.secondary, 0);
+            return 0;
+        });
+        clean = clean && it->down.ok();
+    }
+    for (auto it = interfaces_.rbegin(); it != interfaces_.rend(); ++it) {
+        (*it)->down = remove(**it);
+        clean = clean && (*it)->down.ok();
+    }
+    return clean;
+}
+
+bool Layer::take_down()
+{
+    bool clean = take_interfaces_down();
+    clean = l2_.take_down() && clean;
     if (station_) {
         const int station = *station_;
         router_mac_removal_ = run(fmt::format("delete router MAC at station {}", station),

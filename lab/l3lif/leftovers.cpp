@@ -4,6 +4,7 @@
 #include "l3lif/leftovers.h"
 
 #include "rtifhal_trident.h"
+#include "services/tree.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -127,11 +128,53 @@ void check_ports(const simswitch::Switch &hardware, std::vector<std::string> &le
     }
 }
 
+/** Ports that hang on a VLAN which isn't there any more. */
+void check_untagged(const chip::Chip &chip, std::vector<std::string> &left)
+{
+    for (int port = chip::FIRST_FRONT_PORT; port <= chip::LAST_FRONT_PORT; ++port) {
+        const int untagged = chip.ports.get(port).untagged_vlan;
+        if (chip.vlans.find(untagged) == nullptr) {
+            left.push_back(fmt::format("port {}: untagged frames are in VLAN {}, which is gone",
+                                       port, untagged));
+        }
+    }
+}
+
+/** What the library and the wrappers still hold of VLANs: uses, and ties to interfaces. */
+void check_vlans(simswitch::Switch &hardware, std::vector<std::string> &left)
+{
+    for (int vlan = 1; vlan <= chip::LAST_VLAN; ++vlan) {
+        const auto &uses = rtifhal_vlan_type_count[vlan];
+        if (uses.subint_count != 0 || uses.svi != 0 || uses.l2_vlan != 0) {
+            left.push_back(fmt::format("VLAN {}: the library counts uses of it: {} ports, {} SVI, "
+                                       "{} L2",
+                                       vlan, uses.subint_count, uses.svi, uses.l2_vlan));
+        }
+        const bcm_vlan_control_vlan_t *controls = hardware.wrappers.vlan_controls(vlan);
+        if (controls != nullptr && controls->vc_ingress_if != 0) {
+            left.push_back(fmt::format("VLAN {}: its cached controls name ingress object {}", vlan,
+                                       controls->vc_ingress_if));
+        }
+    }
+}
+
+/** The virtual MACs that the library keeps, in words. */
+std::set<std::string> virtual_macs()
+{
+    std::set<std::string> kept;
+    for (const void *record : simswitch::services::tree_records(fhrp_mac_hash)) {
+        const auto &entry = *static_cast<const fhrp_mac_entry_t *>(record);
+        kept.insert(fmt::format("virtual MAC {:02x} of interface {:#x} in VLAN {}",
+                                fmt::join(entry.mac, ":"), entry.ifindex, entry.vlan));
+    }
+    return kept;
+}
+
 template <class Number>
 void list_new(std::string_view text, const std::set<Number> &before, const std::set<Number> &now,
               std::vector<std::string> &left)
 {
-    for (const Number number : now) {
+    for (const Number &number : now) {
         if (!before.contains(number)) {
             left.push_back(fmt::format(fmt::runtime(text), number));
         }
@@ -142,7 +185,10 @@ void list_new(std::string_view text, const std::set<Number> &before, const std::
 
 Moment look(simswitch::Switch &hardware)
 {
-    Moment moment{chip::snapshot(hardware.chip), iifs_in_use(), {}};
+    Moment moment{chip::snapshot(hardware.chip), iifs_in_use(), {}, virtual_macs(), {}};
+    for (const auto &[vlan, role] : hardware.host.vlans.all()) {
+        moment.vlan_records.insert(vlan);
+    }
     for (const auto &interface : hardware.store.stored_interfaces()) {
         moment.stored.insert(interface.ifindex);
     }
@@ -155,8 +201,13 @@ std::vector<std::string> left_behind(const Moment &before, simswitch::Switch &ha
     std::vector<std::string> left = chip::changes(before.chip, now.chip);
     std::erase_if(left, Designed(hardware.chip, before.chip, now.chip));
     check_ports(hardware, left);
+    check_untagged(hardware.chip, left);
+    check_vlans(hardware, left);
     list_new("interface number {}: neither free nor held back", before.iifs, now.iifs, left);
     list_new("stored interface {:#x}", before.stored, now.stored, left);
+    list_new("{}: the library keeps it", before.virtual_macs, now.virtual_macs, left);
+    list_new("VLAN {}: the forwarding manager's record", before.vlan_records, now.vlan_records,
+             left);
     return left;
 }
 

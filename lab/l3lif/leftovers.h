@@ -21,9 +21,11 @@ namespace lab::l3lif
 
 /** A moment to compare with. */
 struct Moment {
-    simswitch::chip::Snapshot chip; ///< what the chip holds
-    std::set<int> iifs;             ///< interface numbers in use
-    std::set<std::uint32_t> stored; ///< interfaces in the store
+    simswitch::chip::Snapshot chip;     ///< what the chip holds
+    std::set<int> iifs;                 ///< interface numbers in use
+    std::set<std::uint32_t> stored;     ///< interfaces in the store
+    std::set<std::string> virtual_macs; ///< virtual MACs that the library keeps
+    std::set<int> vlan_records;         ///< VLANs that the forwarding manager knows
 };
 
 /** Looks at the switch and the library as they are now. */

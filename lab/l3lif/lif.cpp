@@ -15,6 +15,9 @@ Lif::Lif(simswitch::Switch &hardware, LifPlan plan) : hardware_(hardware), plan_
     std::copy(plan_.mac.begin(), plan_.mac.end(), record_.mac);
     record_.l3lif_pi_ctxt = &properties_;
     record_.si_encap_vlan = plan_.vlan;
+    record_.vlan = plan_.vlan;
+    // The library sets it for all other kinds.
+    record_.int_vlan = plan_.kind == config::Kind::svi ? plan_.vlan : std::uint16_t{0};
     properties_.ipv4_en = plan_.ipv4 ? 1 : 0;
     properties_.ipv6_en = plan_.ipv6 ? 1 : 0;
     properties_.vrf = plan_.vrf;

@@ -31,7 +31,7 @@ struct LifPlan {
     std::uint32_t ifindex = 0;
     int chip_port = 0;      ///< number in the chip of a port, or of a subinterface's port; else 0
     std::uint32_t main = 0; ///< a subinterface's port or port-channel, else 0
-    std::uint16_t vlan = 0; ///< a subinterface's 802.1Q VLAN, else 0
+    std::uint16_t vlan = 0; ///< an SVI's VLAN, a subinterface's 802.1Q VLAN, else 0
     int trunk = 0;          ///< trunk of a port-channel or of its subinterface, from 1; else 0
     std::vector<PlannedMember> members = {}; ///< a port-channel's, in the order of joining
     config::Mac mac = {};

@@ -3,8 +3,9 @@
  */
 #include "l3lif/plans.h"
 
-#include "l3lif/layer.h"
 #include "services/ifindex.h"
+
+#include <algorithm>
 
 namespace lab::l3lif
 {
@@ -12,6 +13,7 @@ namespace lab::l3lif
 namespace
 {
 
+namespace chip = simswitch::chip;
 namespace if_index = simswitch::if_index;
 
 const config::Port &port_of(const config::Description &description, const std::string &name)
@@ -65,6 +67,15 @@ void plan_subinterface(LifPlan &plan, const config::RoutedInterface &interface,
     }
 }
 
+void plan_svi(LifPlan &plan, const config::RoutedInterface &interface,
+              const config::Description &description)
+{
+    plan.vlan = interface.vlan;
+    plan.ifindex = if_index::svi(interface.vlan);
+    plan.mtu =
+        interface.mtu != 0 ? interface.mtu : description.vlans.find(interface.name)->second.mtu;
+}
+
 LifPlan plan_of(const config::RoutedInterface &interface, const config::Description &description)
 {
     LifPlan plan;
@@ -81,10 +92,31 @@ LifPlan plan_of(const config::RoutedInterface &interface, const config::Descript
     } else if (interface.kind == config::Kind::port_channel) {
         plan_port_channel(plan, description.port_channels.find(interface.name)->second,
                           description);
+    } else if (interface.kind == config::Kind::svi) {
+        plan_svi(plan, interface, description);
     } else {
         plan_subinterface(plan, interface, description);
     }
     return plan;
+}
+
+/** The chip's ports of a VLAN's member: a port-channel stands for its ports. */
+chip::PortSet ports_of(const config::VlanMember &member, const config::Description &description)
+{
+    const auto channel = description.port_channels.find(member.name);
+    const auto names = channel == description.port_channels.end()
+                           ? std::vector<std::string>{member.name}
+                           : channel->second.members;
+    chip::PortSet ports;
+    for (const auto &name : names) {
+        ports.add(static_cast<int>(port_of(description, name).chip_port));
+    }
+    return ports;
+}
+
+std::uint16_t number_of(const config::Description &description, const std::string &vlan)
+{
+    return description.vlans.find(vlan)->second.id;
 }
 
 LifPlan plan_of(const config::Tunnel &tunnel, unsigned number,
@@ -102,17 +134,62 @@ LifPlan plan_of(const config::Tunnel &tunnel, unsigned number,
 
 } // namespace
 
+std::vector<VlanPlan> vlan_plans_of(const config::Description &description)
+{
+    std::vector<VlanPlan> plans;
+    for (const auto &[name, vlan] : description.vlans) {
+        if (!vlan.refused.empty()) {
+            continue;
+        }
+        VlanPlan plan{name, vlan.id, vlan.role, {}, {}};
+        for (const auto &member : vlan.members) {
+            const chip::PortSet ports = ports_of(member, description);
+            plan.ports |= ports;
+            if (!member.tagged) {
+                plan.untagged |= ports;
+            }
+        }
+        plans.push_back(std::move(plan));
+    }
+    return plans;
+}
+
 std::vector<LifPlan> plans_of(const config::Description &description)
 {
     std::vector<LifPlan> plans;
     for (const auto &interface : description.interfaces) {
-        if (supports(interface.kind)) {
-            plans.push_back(plan_of(interface, description));
-        }
+        plans.push_back(plan_of(interface, description));
     }
     for (const auto &tunnel : description.tunnels) {
         const auto number = static_cast<unsigned>(&tunnel - description.tunnels.data()) + 1;
         plans.push_back(plan_of(tunnel, number, description));
+    }
+    return plans;
+}
+
+std::vector<PairPlan> pair_plans_of(const config::Description &description)
+{
+    std::vector<PairPlan> plans;
+    for (const auto &pair : description.pvlan_pairs) {
+        plans.push_back(
+            {number_of(description, pair.primary), number_of(description, pair.secondary)});
+    }
+    return plans;
+}
+
+std::vector<VirtualMacPlan> virtual_mac_plans_of(const config::Description &description,
+                                                 const std::vector<LifPlan> &interfaces)
+{
+    std::vector<VirtualMacPlan> plans;
+    for (const auto &given : description.virtual_macs) {
+        const auto owner =
+            std::find_if(interfaces.begin(), interfaces.end(),
+                         [&given](const LifPlan &plan) { return plan.name == given.owner; });
+        if (owner != interfaces.end()) {
+            const bool is_svi = owner->kind == config::Kind::svi;
+            plans.push_back({given.owner, owner->ifindex, is_svi ? owner->vlan : std::uint16_t{0},
+                             given.mac, given.source});
+        }
     }
     return plans;
 }

@@ -20,6 +20,10 @@ namespace chip = simswitch::chip;
 constexpr std::uint32_t INGRESS_IP4_OFF = 0x20;
 constexpr std::uint32_t INGRESS_IP6_OFF = 0x80;
 
+// Flags of a VLAN that switch a family's routing off.
+constexpr std::uint32_t VLAN_IP4_OFF = 0x8;
+constexpr std::uint32_t VLAN_IP6_OFF = 0x10;
+
 // The port's number in a module port of this switch, whose module is 0.
 constexpr int MODULE_PORT_PORT = 0x7ff;
 
@@ -34,23 +38,18 @@ std::vector<int> ports_tied_to(const chip::Chip &chip, int iif)
     return ports;
 }
 
-/** Which families the chip routes that come in on an interface. */
-void read_families(const chip::Chip &chip, const chip::L3Ingress &ingress, int port,
-                   HardwareView &view)
+/** On a Trident, where ingress objects switch nothing: the controls of a port. */
+void narrow_to_port(const chip::Chip &chip, int port, HardwareView &view)
 {
-    // An interface without a family looks nothing up: it sits in VRF 0.
-    if (ingress.vrf == 0) {
+    if (chip.kind() == chip::Kind::trident2) {
         return;
     }
-    if (chip.kind() == chip::Kind::trident2) {
-        view.ipv4 = (ingress.flags & INGRESS_IP4_OFF) == 0;
-        view.ipv6 = (ingress.flags & INGRESS_IP6_OFF) == 0;
-    } else if (port != 0) {
-        view.ipv4 = chip.ports.control(port, chip::PORT_CONTROL_IP4) != 0;
-        view.ipv6 = chip.ports.control(port, chip::PORT_CONTROL_IP6) != 0;
+    if (port != 0) {
+        view.ipv4 = view.ipv4 && chip.ports.control(port, chip::PORT_CONTROL_IP4) != 0;
+        view.ipv6 = view.ipv6 && chip.ports.control(port, chip::PORT_CONTROL_IP6) != 0;
     } else {
         // A tunnel has no port to switch a family; it is one for IPv4.
-        view.ipv4 = true;
+        view.ipv6 = false;
     }
 }
 
@@ -74,11 +73,11 @@ std::string missing_at_port(const chip::Chip &chip, int port, const HardwareView
 }
 
 /** Reads the two objects of the view's number; false when there is no L3 interface. */
-bool read_objects(const chip::Chip &chip, int port, HardwareView &view)
+bool read_objects(const chip::Chip &chip, HardwareView &view)
 {
     const chip::L3Ingress *ingress = chip.l3_ingresses.find(view.iif);
     if (ingress != nullptr) {
-        read_families(chip, *ingress, port, view);
+        read_ingress_families(chip, *ingress, view);
     } else {
         view.missing = fmt::format("the chip has no L3 ingress object {}", view.iif);
     }
@@ -111,7 +110,9 @@ HardwareView read_port_or_tunnel(const chip::Chip &chip, const Lif &lif)
     if (port != 0) {
         view.ports = ports_tied_to(chip, view.iif);
     }
-    if (read_objects(chip, port, view) && port != 0 && view.missing.empty()) {
+    const bool has_interface = read_objects(chip, view);
+    narrow_to_port(chip, port, view);
+    if (has_interface && port != 0 && view.missing.empty()) {
         view.missing = missing_at_port(chip, port, view);
     }
     return view;
@@ -156,7 +157,9 @@ HardwareView read_port_channel(const chip::Chip &chip, const Lif &lif)
         view.missing = names_no_ingress(view.ports.front());
         return view;
     }
-    if (!read_objects(chip, view.ports.front(), view)) {
+    const bool has_interface = read_objects(chip, view);
+    narrow_to_port(chip, view.ports.front(), view);
+    if (!has_interface) {
         return view;
     }
     if (view.missing.empty()) {
@@ -193,7 +196,9 @@ HardwareView read_subinterface(const chip::Chip &chip, const Lif &lif)
         return view;
     }
     view.iif = translation->ingress_if;
-    if (!read_objects(chip, view.ports.empty() ? 0 : view.ports.front(), view)) {
+    const bool has_interface = read_objects(chip, view);
+    narrow_to_port(chip, view.ports.empty() ? 0 : view.ports.front(), view);
+    if (!has_interface) {
         return view;
     }
     if (view.missing.empty() && view.iif != lif.iif()) {
@@ -205,6 +210,33 @@ HardwareView read_subinterface(const chip::Chip &chip, const Lif &lif)
         if (view.missing.empty() && (vlan == nullptr || !vlan->members.has(port))) {
             view.missing = not_in_vlan(port, plan.vlan);
         }
+    }
+    return view;
+}
+
+HardwareView read_svi(const chip::Chip &chip, const Lif &lif)
+{
+    const LifPlan &plan = lif.plan();
+    HardwareView view;
+    const chip::Vlan *vlan = chip.vlans.find(plan.vlan);
+    if (vlan == nullptr) {
+        view.missing = fmt::format("the chip has no VLAN {}", plan.vlan);
+        return view;
+    }
+    for (int port = chip::FIRST_FRONT_PORT; port <= chip::LAST_FRONT_PORT; ++port) {
+        if (vlan->members.has(port)) {
+            view.ports.push_back(port);
+        }
+    }
+    view.iif = static_cast<int>(vlan->controls.ingress_if);
+    if (view.iif == 0) {
+        view.missing = fmt::format("the chip's VLAN {} names no ingress object", plan.vlan);
+        return view;
+    }
+    const bool has_interface = read_objects(chip, view);
+    narrow_to_vlan(vlan->controls, view);
+    if (has_interface && view.missing.empty() && view.vlan != plan.vlan) {
+        view.missing = fmt::format("the chip's L3 interface {} is in VLAN {}", view.iif, view.vlan);
     }
     return view;
 }
@@ -223,6 +255,22 @@ std::vector<std::string_view> HardwareView::families() const
     return names;
 }
 
+void read_ingress_families(const chip::Chip &chip, const chip::L3Ingress &ingress,
+                           HardwareView &view)
+{
+    // An interface without a family looks nothing up: it sits in VRF 0.
+    const bool none = ingress.vrf == 0;
+    const bool by_ingress = chip.kind() == chip::Kind::trident2;
+    view.ipv4 = !none && (!by_ingress || (ingress.flags & INGRESS_IP4_OFF) == 0);
+    view.ipv6 = !none && (!by_ingress || (ingress.flags & INGRESS_IP6_OFF) == 0);
+}
+
+void narrow_to_vlan(const chip::VlanControls &controls, HardwareView &view)
+{
+    view.ipv4 = view.ipv4 && (controls.flags & VLAN_IP4_OFF) == 0;
+    view.ipv6 = view.ipv6 && (controls.flags & VLAN_IP6_OFF) == 0;
+}
+
 HardwareView read_back(const simswitch::Switch &hardware, const Lif &lif)
 {
     switch (lif.plan().kind) {
@@ -230,8 +278,9 @@ HardwareView read_back(const simswitch::Switch &hardware, const Lif &lif)
         return read_port_channel(hardware.chip, lif);
     case config::Kind::subinterface:
         return read_subinterface(hardware.chip, lif);
-    case config::Kind::port:
     case config::Kind::svi:
+        return read_svi(hardware.chip, lif);
+    case config::Kind::port:
     case config::Kind::tunnel:
         break;
     }

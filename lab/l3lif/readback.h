@@ -5,12 +5,16 @@
  * A port names its ingress object in port control 67, which is the interface's
  * number; the ports of a port-channel are the members of its trunk. A
  * subinterface's is what the translation of its VLAN names, on its port or
- * trunk. A tunnel is tied to no port; its number is the library's.
+ * trunk. An SVI's is what the controls of its VLAN name; its ports are the
+ * VLAN's members. A tunnel is tied to no port; its number is the library's.
+ *
+ * Beside it: readback_macs.h reads virtual MACs and private-VLAN pairs.
  */
 #pragma once
 
 #include "l3lif/lif.h"
 
+#include "chip/chip.h"
 #include "switch.h"
 
 #include <string>
@@ -35,6 +39,13 @@ struct HardwareView {
     /** "ipv4", "ipv6". */
     std::vector<std::string_view> families() const;
 };
+
+/** Which families the chip routes that come in on an ingress object; none in VRF 0. */
+void read_ingress_families(const simswitch::chip::Chip &chip,
+                           const simswitch::chip::L3Ingress &ingress, HardwareView &view);
+
+/** The families that the controls of a VLAN leave of those. */
+void narrow_to_vlan(const simswitch::chip::VlanControls &controls, HardwareView &view);
 
 /** Reads an interface back. */
 HardwareView read_back(const simswitch::Switch &hardware, const Lif &lif);

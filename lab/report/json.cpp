@@ -6,6 +6,8 @@
 #include <nlohmann/json.hpp>
 
 #include <ostream>
+#include <string>
+#include <utility>
 
 namespace lab::report
 {
@@ -19,6 +21,13 @@ using Json = nlohmann::ordered_json;
 Json number_or_null(bool there, int number)
 {
     return there ? Json(number) : Json(nullptr);
+}
+
+void add_error(Json &object, const std::string &error)
+{
+    if (!error.empty()) {
+        object["error"] = error;
+    }
 }
 
 /** Adds the calls and messages of a request, as far as they are wanted. */
@@ -53,10 +62,63 @@ Json interface_object(const InterfaceResult &result, const View &view)
                    {"result", result.up ? "up" : "failed"},
                    {"code", result.interface->up.code},
                    {"calls", result.interface->up.calls.size()}};
-    if (!result.up) {
-        object["error"] = result.error;
-    }
+    add_error(object, result.error);
     add_request(object, result.interface->up, view);
+    return object;
+}
+
+/** A virtual MAC: its own station, and those in the secondaries of a primary. */
+Json virtual_mac_object(const VirtualMacResult &result, const View &view)
+{
+    const auto &plan = result.mac->plan;
+    Json own = nullptr;
+    Json vlan = nullptr;
+    Json port = nullptr;
+    Json mirrored = Json::array();
+    for (const auto &station : result.view.stations) {
+        if (station.mirrored) {
+            mirrored.push_back({{"vlan", station.vlan}, {"station", station.station}});
+        } else {
+            own = station.station;
+            vlan = number_or_null(station.vlan != 0, station.vlan);
+            port = number_or_null(station.port != 0, station.port);
+        }
+    }
+    Json object = {{"mac", config::mac_text(plan.mac)},
+                   {"interface", plan.owner},
+                   {"source", plan.source},
+                   {"vlan", std::move(vlan)},
+                   {"port", std::move(port)},
+                   {"station", std::move(own)},
+                   {"mirrored", std::move(mirrored)},
+                   {"result", result.error.empty() ? "up" : "failed"},
+                   {"code", result.mac->up.code},
+                   {"calls", result.mac->up.calls.size()}};
+    add_error(object, result.error);
+    add_request(object, result.mac->up, view);
+    return object;
+}
+
+Json pair_object(const PairResult &result, const View &view)
+{
+    Json object = {{"primary", result.pair->plan.primary},
+                   {"secondary", result.pair->plan.secondary},
+                   {"iif", number_or_null(result.view.iif != 0, result.view.iif)},
+                   {"families", result.view.families},
+                   {"virtual_macs", result.view.macs},
+                   {"result", result.error.empty() ? "up" : "failed"},
+                   {"calls", result.pair->up.calls.size()}};
+    add_error(object, result.error);
+    add_request(object, result.pair->up, view);
+    return object;
+}
+
+Json vlan_object(const l3lif::L2Vlan &vlan)
+{
+    Json object = {{"name", vlan.plan.name},
+                   {"vlan", vlan.plan.vlan},
+                   {"result", vlan.up.ok() ? "up" : "failed"}};
+    add_error(object, vlan.up.last_error());
     return object;
 }
 
@@ -78,6 +140,18 @@ void print_json(const UpResult &result, const View &view, std::ostream &out)
     for (const auto &interface : result.interfaces) {
         interfaces.push_back(interface_object(interface, view));
     }
+    Json virtual_macs = Json::array();
+    for (const auto &mac : result.virtual_macs) {
+        virtual_macs.push_back(virtual_mac_object(mac, view));
+    }
+    Json pairs = Json::array();
+    for (const auto &pair : result.pairs) {
+        pairs.push_back(pair_object(pair, view));
+    }
+    Json vlans = Json::array();
+    for (const auto &vlan : result.layer->l2().vlans()) {
+        vlans.push_back(vlan_object(*vlan));
+    }
     Json skipped = Json::array();
     for (const auto &row : result.skipped) {
         skipped.push_back({{"table", row.table}, {"row", row.row}, {"reason", row.reason}});
@@ -86,13 +160,19 @@ void print_json(const UpResult &result, const View &view, std::ostream &out)
     Json object = {{"file", result.config->file},
                    {"chip", result.chip},
                    {"router_mac", router_mac_object(result, view)},
+                   {"vlans", std::move(vlans)},
                    {"interfaces", std::move(interfaces)},
+                   {"virtual_macs", std::move(virtual_macs)},
+                   {"private_vlan_pairs", std::move(pairs)},
                    {"skipped", std::move(skipped)},
                    {"notes", result.notes},
                    {"totals",
                     {{"interfaces", result.interfaces.size()},
                      {"up", up},
                      {"failed", result.interfaces.size() - up},
+                     {"vlans", result.layer->l2().vlans().size()},
+                     {"virtual_macs", result.virtual_macs.size()},
+                     {"private_vlan_pairs", result.pairs.size()},
                      {"skipped", result.skipped.size()},
                      {"calls", result.calls()}}}};
     if (result.teardown) {

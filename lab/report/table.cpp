@@ -3,15 +3,19 @@
  */
 #include "report/table.h"
 
-#include "config/names.h"
+#include "config/address.h"
+#include "report/teardown_text.h"
+#include "report/text.h"
+#include "report/text_table.h"
 
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 #include <fmt/ranges.h>
 
-#include <algorithm>
-#include <array>
 #include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace lab::report
 {
@@ -19,101 +23,25 @@ namespace lab::report
 namespace
 {
 
-/** "1 row", "2 rows". */
-std::string counted(std::size_t number, std::string_view what)
+constexpr std::string_view GREEN = "\x1b[32m";
+constexpr std::string_view RED = "\x1b[31m";
+
+std::string joined_or_dash(const std::vector<std::string_view> &list)
 {
-    return fmt::format("{} {}{}", number, what, number == 1 ? "" : "s");
+    return list.empty() ? "-" : fmt::format("{}", fmt::join(list, " "));
 }
 
-/** The table's columns; numbers stand at the right. */
-struct Column {
-    std::string_view title;
-    bool right;
-};
-
-constexpr std::array COLUMNS = {
-    Column{"INTERFACE", false}, Column{"KIND", false}, Column{"IIF", true},
-    Column{"VLAN", true},       Column{"VRF", true},   Column{"MTU", true},
-    Column{"FAMILIES", false},  Column{"PORTS", true}, Column{"RESULT", false},
-    Column{"CALLS", true},
-};
-constexpr std::size_t RESULT_COLUMN = 8;
-
-using Line = std::array<std::string, COLUMNS.size()>;
-using Widths = std::array<std::size_t, COLUMNS.size()>;
-
-/** A name of the file, harmless for a terminal. */
-std::string plain(std::string_view name)
+std::string_view up_or_failed(bool up)
 {
-    const std::string quotes = config::in_quotes(name);
-    return quotes.substr(1, quotes.size() - 2);
+    return up ? "up" : "failed";
 }
 
-std::string number_or_dash(bool there, int number)
+std::string_view colour_of(bool up, const View &view)
 {
-    return there ? fmt::to_string(number) : "-";
-}
-
-template <class List> std::string joined_or_dash(const List &list, std::string_view separator)
-{
-    return list.empty() ? "-" : fmt::format("{}", fmt::join(list, separator));
-}
-
-Line make_line(const InterfaceResult &result)
-{
-    const auto &plan = result.interface->lif->plan();
-    const auto &view = result.view;
-    return {plain(plan.name),
-            std::string(config::kind_name(plan.kind)),
-            number_or_dash(view.iif != 0, view.iif),
-            number_or_dash(view.has_interface, view.vlan),
-            number_or_dash(view.has_interface, view.vrf),
-            number_or_dash(view.has_interface, view.mtu),
-            joined_or_dash(view.families(), " "),
-            joined_or_dash(view.ports, ","),
-            result.up ? "up" : "failed",
-            fmt::to_string(result.interface->up.calls.size())};
-}
-
-/** One line of the table, without blanks at its end; a colour doesn't count for the width. */
-void print_line(const Line &line, const Widths &widths, std::string_view colour, std::ostream &out)
-{
-    std::string text;
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        const std::string padding(widths[i] - line[i].size(), ' ');
-        const bool coloured = i == RESULT_COLUMN && !colour.empty();
-        text += i == 0 ? "" : "  ";
-        text += COLUMNS[i].right ? padding : "";
-        text += coloured ? fmt::format("{}{}\x1b[0m", colour, line[i]) : line[i];
-        text += COLUMNS[i].right ? "" : padding;
+    if (!view.colour) {
+        return "";
     }
-    fmt::print(out, "{}\n", text);
-}
-
-/** What the library says may hold line ends. */
-std::string one_line(const std::string &text)
-{
-    std::string line = text;
-    std::replace(line.begin(), line.end(), '\n', ' ');
-    const std::size_t first = line.find_first_not_of(' ');
-    return first == std::string::npos ? ""
-                                      : line.substr(first, line.find_last_not_of(' ') - first + 1);
-}
-
-/** The calls and messages of a request, as far as they are wanted. */
-void print_request(const l3lif::Request &request, const View &view, std::ostream &out)
-{
-    if (view.calls) {
-        for (const auto &call : request.calls) {
-            fmt::print(out, "    {}\n", call);
-        }
-    }
-    if (view.trace) {
-        for (const auto &message : request.messages) {
-            fmt::print(out, "    {} {}: {}\n", message.level, message.function,
-                       one_line(message.text));
-        }
-    }
+    return up ? GREEN : RED;
 }
 
 void print_heading(const UpResult &result, const View &view, std::ostream &out)
@@ -137,25 +65,136 @@ void print_interfaces(const UpResult &result, const View &view, std::ostream &ou
         fmt::print(out, "\nno routed interface\n");
         return;
     }
-    Line titles;
-    Widths widths = {};
-    for (std::size_t i = 0; i < titles.size(); ++i) {
-        titles[i] = COLUMNS[i].title;
-        widths[i] = titles[i].size();
-    }
-    std::vector<Line> lines;
+    TextTable table({{"INTERFACE"},
+                     {"KIND"},
+                     {"IIF", true},
+                     {"VLAN", true},
+                     {"VRF", true},
+                     {"MTU", true},
+                     {"FAMILIES"},
+                     {"PORTS", true},
+                     {"RESULT"},
+                     {"CALLS", true}},
+                    8);
     for (const auto &interface : result.interfaces) {
-        lines.push_back(make_line(interface));
-        for (std::size_t i = 0; i < widths.size(); ++i) {
-            widths[i] = std::max(widths[i], lines.back()[i].size());
-        }
+        const auto &plan = interface.interface->lif->plan();
+        const auto &chip = interface.view;
+        table.add({plain(plan.name), std::string(config::kind_name(plan.kind)),
+                   number_or_dash(chip.iif != 0, chip.iif),
+                   number_or_dash(chip.has_interface, chip.vlan),
+                   number_or_dash(chip.has_interface, chip.vrf),
+                   number_or_dash(chip.has_interface, chip.mtu), joined_or_dash(chip.families()),
+                   port_list(chip.ports), std::string(up_or_failed(interface.up)),
+                   fmt::to_string(interface.interface->up.calls.size())});
     }
-    fmt::print(out, "\n");
-    print_line(titles, widths, "", out);
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        const std::string_view colour = result.interfaces[i].up ? "\x1b[32m" : "\x1b[31m";
-        print_line(lines[i], widths, view.colour ? colour : "", out);
-        print_request(result.interfaces[i].interface->up, view, out);
+    fmt::print(out, "\n{}\n", table.titles());
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        const InterfaceResult &interface = result.interfaces[i];
+        fmt::print(out, "{}\n", table.line(i, colour_of(interface.up, view)));
+        print_request(interface.interface->up, view, out);
+    }
+}
+
+/** What a station matches on; 0 stands for any. */
+std::string number_or_any(int number)
+{
+    return number != 0 ? fmt::to_string(number) : "any";
+}
+
+/** The lines of a virtual MAC: its own station, then those mirrored into secondaries. */
+void add_lines(const VirtualMacResult &result, TextTable &table)
+{
+    const auto &plan = result.mac->plan;
+    const std::string mac = config::mac_text(plan.mac);
+    const std::string up(up_or_failed(result.error.empty()));
+    const std::string calls = fmt::to_string(result.mac->up.calls.size());
+    const auto &stations = result.view.stations;
+    if (stations.empty() || stations.front().mirrored) {
+        table.add({mac, plain(plan.owner), plan.source, "-", "-", "-", up, calls});
+    }
+    for (const auto &station : stations) {
+        table.add({mac, plain(plan.owner), station.mirrored ? "mirrored" : plan.source,
+                   number_or_any(station.vlan), number_or_any(station.port),
+                   fmt::to_string(station.station), station.mirrored ? "up" : up,
+                   station.mirrored ? "" : calls});
+    }
+}
+
+void print_virtual_macs(const UpResult &result, const View &view, std::ostream &out)
+{
+    if (result.virtual_macs.empty()) {
+        return;
+    }
+    TextTable table({{"VIRTUAL MAC"},
+                     {"INTERFACE"},
+                     {"SOURCE"},
+                     {"VLAN", true},
+                     {"PORT", true},
+                     {"STATION", true},
+                     {"RESULT"},
+                     {"CALLS", true}},
+                    6);
+    std::vector<std::size_t> ends;
+    for (const auto &mac : result.virtual_macs) {
+        add_lines(mac, table);
+        ends.push_back(table.size());
+    }
+    fmt::print(out, "\n{}\n", table.titles());
+    std::size_t line = 0;
+    for (std::size_t i = 0; i < ends.size(); ++i) {
+        const VirtualMacResult &mac = result.virtual_macs[i];
+        const std::size_t first = line;
+        for (; line < ends[i]; ++line) {
+            const bool up = mac.error.empty() || line != first;
+            fmt::print(out, "{}\n", table.line(line, colour_of(up, view)));
+        }
+        print_request(mac.mac->up, view, out);
+    }
+}
+
+void print_pairs(const UpResult &result, const View &view, std::ostream &out)
+{
+    if (result.pairs.empty()) {
+        return;
+    }
+    TextTable table({{"PRIMARY", true},
+                     {"SECONDARY", true},
+                     {"IIF", true},
+                     {"FAMILIES"},
+                     {"VIRTUAL MACS", true},
+                     {"RESULT"},
+                     {"CALLS", true}},
+                    5);
+    for (const auto &pair : result.pairs) {
+        table.add(
+            {fmt::to_string(pair.pair->plan.primary), fmt::to_string(pair.pair->plan.secondary),
+             number_or_dash(pair.view.iif != 0, pair.view.iif), joined_or_dash(pair.view.families),
+             fmt::to_string(pair.view.macs), std::string(up_or_failed(pair.error.empty())),
+             fmt::to_string(pair.pair->up.calls.size())});
+    }
+    fmt::print(out, "\n{}\n", table.titles());
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        const PairResult &pair = result.pairs[i];
+        fmt::print(out, "{}\n", table.line(i, colour_of(pair.error.empty(), view)));
+        print_request(pair.pair->up, view, out);
+    }
+}
+
+/** "VLANs: 240; virtual MACs: 50 up, 0 failed; …": as far as there are any. */
+void print_other_totals(const UpResult &result, std::ostream &out)
+{
+    std::vector<std::string> parts;
+    const auto add = [&parts](std::size_t all, std::size_t failed, std::string_view what) {
+        if (all != 0) {
+            parts.push_back(
+                fmt::format("{}: {} up, {} failed", counted(all, what), all - failed, failed));
+        }
+    };
+    add(result.layer->l2().vlans().size(), result.failed_vlans().size(), "VLAN");
+    add(result.virtual_macs.size(), result.failed_macs(), "virtual MAC");
+    add(result.pairs.size(), result.failed_pairs(), "private-VLAN pair");
+    if (!parts.empty()) {
+        fmt::print(out, "{}\n", fmt::join(parts, "; "));
     }
 }
 
@@ -165,19 +204,39 @@ void print_totals(const UpResult &result, std::ostream &out)
     fmt::print(out, "\n{}: {} up, {} failed; {}; {} not taken\n",
                counted(result.interfaces.size(), "interface"), up, result.interfaces.size() - up,
                counted(result.calls(), "platform call"), counted(result.skipped.size(), "row"));
+    print_other_totals(result, out);
 }
 
 void print_failures(const UpResult &result, std::ostream &out)
 {
-    if (result.up_count() == result.interfaces.size()) {
-        return;
+    std::vector<std::string> lines;
+    for (const auto *vlan : result.failed_vlans()) {
+        lines.push_back(fmt::format("{}: code {}: {}", plain(vlan->plan.name), vlan->up.code,
+                                    vlan->up.last_error()));
     }
-    fmt::print(out, "\nFailed:\n");
     for (const auto &interface : result.interfaces) {
         if (!interface.up) {
-            fmt::print(out, "  {}: code {}: {}\n", plain(interface.interface->lif->plan().name),
-                       interface.interface->up.code, interface.error);
+            lines.push_back(fmt::format("{}: code {}: {}",
+                                        plain(interface.interface->lif->plan().name),
+                                        interface.interface->up.code, interface.error));
         }
+    }
+    for (const auto &mac : result.virtual_macs) {
+        if (!mac.error.empty()) {
+            const auto &plan = mac.mac->plan;
+            lines.push_back(fmt::format("virtual MAC {} of {}: code {}: {}",
+                                        config::mac_text(plan.mac), plain(plan.owner),
+                                        mac.mac->up.code, mac.error));
+        }
+    }
+    for (const auto &pair : result.pairs) {
+        if (!pair.error.empty()) {
+            lines.push_back(fmt::format("pair {}, {}: {}", pair.pair->plan.primary,
+                                        pair.pair->plan.secondary, pair.error));
+        }
+    }
+    if (!lines.empty()) {
+        fmt::print(out, "\nFailed:\n  {}\n", fmt::join(lines, "\n  "));
     }
 }
 
@@ -197,45 +256,14 @@ void print_skipped(const UpResult &result, std::ostream &out)
     }
 }
 
-void print_teardown(const UpResult &result, const View &view, std::ostream &out)
-{
-    if (!result.teardown) {
-        return;
-    }
-    const Teardown &teardown = *result.teardown;
-    fmt::print(out, "\nTaken down again: {} and the router MAC\n",
-               counted(result.interfaces.size(), "interface"));
-    for (auto it = result.interfaces.rbegin(); it != result.interfaces.rend(); ++it) {
-        const l3lif::Interface &interface = *it->interface;
-        const std::string error = interface.down.last_error();
-        if (!error.empty()) {
-            fmt::print(out, "  {}: {}\n", plain(interface.lif->plan().name), error);
-        } else if (view.calls || view.trace) {
-            fmt::print(out, "  {}\n", plain(interface.lif->plan().name));
-        }
-        print_request(interface.down, view, out);
-    }
-    if (result.layer->router_mac_removal().code != 0) {
-        fmt::print(out, "  router MAC: {}\n", result.layer->router_mac_removal().last_error());
-    }
-    print_request(result.layer->router_mac_removal(), view, out);
-    if (teardown.left.empty()) {
-        fmt::print(out, "  nothing left behind\n");
-    } else {
-        fmt::print(out, "  left behind:\n");
-        for (const auto &line : teardown.left) {
-            fmt::print(out, "    {}\n", line);
-        }
-    }
-    fmt::print(out, "  stays by design: {}\n", teardown.by_design);
-}
-
 } // namespace
 
 void print_table(const UpResult &result, const View &view, std::ostream &out)
 {
     print_heading(result, view, out);
     print_interfaces(result, view, out);
+    print_virtual_macs(result, view, out);
+    print_pairs(result, view, out);
     print_totals(result, out);
     print_failures(result, out);
     print_skipped(result, out);

@@ -7,6 +7,7 @@
 #include "config/description.h"
 #include "l3lif/layer.h"
 #include "l3lif/readback.h"
+#include "l3lif/readback_macs.h"
 
 #include <optional>
 #include <string>
@@ -24,6 +25,20 @@ struct InterfaceResult {
     std::string error; ///< why it failed; empty when it is up
 };
 
+/** A virtual MAC, its stations in the chip, and how it went. */
+struct VirtualMacResult {
+    const l3lif::VirtualMac *mac = nullptr;
+    l3lif::VirtualMacView view;
+    std::string error; ///< why it failed; empty when it is up
+};
+
+/** A private-VLAN pair, what the chip holds of it, and how it went. */
+struct PairResult {
+    const l3lif::Pair *pair = nullptr;
+    l3lif::PairView view;
+    std::string error; ///< why it failed; empty when it is up
+};
+
 /** How taking everything down again went. */
 struct Teardown {
     bool clean = true;             ///< the library reported no failure
@@ -37,6 +52,8 @@ struct UpResult {
     const l3lif::Layer *layer = nullptr;
     std::string_view chip; ///< "Trident" or "Trident2"
     std::vector<InterfaceResult> interfaces;
+    std::vector<VirtualMacResult> virtual_macs;
+    std::vector<PairResult> pairs;
     std::vector<config::SkippedRow> skipped;
     std::vector<std::string> notes;
     std::optional<Teardown> teardown; ///< only when it was asked for
@@ -45,6 +62,11 @@ struct UpResult {
     /** Platform calls of all requests that brought something up. */
     std::size_t calls() const;
     bool has_router_mac() const;
+    /** The VLANs that the L2 side couldn't set up. */
+    std::vector<const l3lif::L2Vlan *> failed_vlans() const;
+    /** Virtual MACs and pairs that are not as they should be. */
+    std::size_t failed_macs() const;
+    std::size_t failed_pairs() const;
     /** Whether everything that was tried has worked. */
     bool ok() const;
 };

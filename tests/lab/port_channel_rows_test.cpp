@@ -193,7 +193,7 @@ TEST(Subinterfaces, ReasonsForWhichTheyAreNotTaken)
     };
     EXPECT_EQ(reason(R"("Ethernet0.4094": {})"), "Ethernet0.4094: VLAN 4094 is the switch's own");
     EXPECT_EQ(reason(R"("Eth0.0": {"vlan": "1"})"),
-              "Eth0.0: the number 0 behind the dot is not in 1..1048575");
+              "Eth0.0: the number 0 behind the dot is not in 1..65535");
     EXPECT_EQ(reason(R"("Po1.4096": {"vlan": "1"})"),
               "Po1.4096: the number 4096 behind the dot is not in 1..4095");
     EXPECT_EQ(reason(R"("Ethernet4.10": {})"),

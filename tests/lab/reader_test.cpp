@@ -192,7 +192,7 @@ TEST(Interfaces, OtherTablesAreToldOncePerName)
     const auto config = read(R"({
         "LOOPBACK_INTERFACE": {"Loopback0": {}, "Loopback0|10.0.0.1/32": {}, "Loopback0|fc::1/128": {}},
         "MGMT_INTERFACE": {"eth0|10.0.0.2/24": {}}, "VXLAN_TUNNEL": {"vtep1": {}},
-        "NVGRE_TUNNEL": {"nv": {}}, "SAG": {"GLOBAL": {}}})");
+        "NVGRE_TUNNEL": {"nv": {}}})");
     EXPECT_EQ(messages(config),
               (Lines{"leaf.json: LOOPBACK_INTERFACE \"Loopback0\": a loopback is no routed "
                      "interface of the hardware; the row is skipped",
@@ -200,8 +200,6 @@ TEST(Interfaces, OtherTablesAreToldOncePerName)
                      "interface of the hardware; the row is skipped",
                      "leaf.json: NVGRE_TUNNEL \"nv\": an NVGRE tunnel is no routed interface; "
                      "IP-in-IP tunnels are; the row is skipped",
-                     "leaf.json: SAG \"GLOBAL\": the MAC of anycast gateways is not taken up yet; "
-                     "the row is skipped",
                      "leaf.json: VXLAN_TUNNEL \"vtep1\": a VXLAN tunnel is no routed interface; "
                      "IP-in-IP tunnels are; the row is skipped"}));
 }

@@ -1,0 +1,101 @@
+/*
+ * request.cpp: see request.h.
+ */
+#include "l3lif/request.h"
+
+#include <glib.h>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace lab::l3lif
+{
+
+namespace
+{
+
+constexpr const char *GLIB = "GLib";
+
+// Lines of progress that the library writes at the error level. A trunk that is
+// created, or read while it is there already, is no failure either.
+constexpr std::array<std::string_view, 4> PROGRESS = {
+    "calling bcm_trunk_create_id(", "bcm_trunk_get(unit=", "Searching l3-intf on ", "ifindex "};
+
+/** Messages begin and end with line ends, for the log that they were made for. */
+std::string trimmed(const std::string &text)
+{
+    const std::size_t first = text.find_first_not_of(" \n");
+    return first == std::string::npos
+               ? ""
+               : text.substr(first, text.find_last_not_of(" \n") - first + 1);
+}
+
+bool is_progress(std::string_view message)
+{
+    return std::any_of(PROGRESS.begin(), PROGRESS.end(),
+                       [message](std::string_view start) { return message.starts_with(start); });
+}
+
+void take_message(const gchar * /*domain*/, GLogLevelFlags /*level*/, const gchar *text,
+                  gpointer hardware)
+{
+    static_cast<simswitch::Switch *>(hardware)->trace.add_trace(
+        {.function = GLIB, .text = std::string(text) + "\n"});
+}
+
+} // namespace
+
+void Request::append(Request next)
+{
+    code = code != 0 ? code : next.code;
+    calls.insert(calls.end(), next.calls.begin(), next.calls.end());
+    messages.insert(messages.end(), next.messages.begin(), next.messages.end());
+    if (refused_writes.empty()) {
+        refused_writes = std::move(next.refused_writes);
+    }
+}
+
+std::string Request::last_error() const
+{
+    for (auto message = messages.rbegin(); message != messages.rend(); ++message) {
+        std::string text = trimmed(message->text);
+        const bool harmless =
+            is_progress(text) || (!expected.empty() && text.starts_with(expected));
+        if (message->level == simswitch::fwm::LEVEL_ERROR && !harmless) {
+            return text;
+        }
+    }
+    return refused_writes;
+}
+
+Request make_request(simswitch::Switch &hardware, const std::string &name,
+                     const std::function<int()> &work)
+{
+    Request request;
+    hardware.trace.clear();
+    hardware.journal.begin_request(name);
+    const std::size_t first = hardware.journal.records().size();
+    request.code = work();
+    // The end of a request writes out what still waits in the queue.
+    const auto report = hardware.wrappers.flush();
+    if (report.refused != 0) {
+        request.refused_writes = report.text;
+    }
+    request.calls = hardware.journal.calls(first);
+    const auto &messages = hardware.trace.messages();
+    request.messages.assign(messages.begin(), messages.end());
+    return request;
+}
+
+GlibMessages::GlibMessages(simswitch::Switch &hardware)
+    : handler_(g_log_set_handler(GLIB, G_LOG_LEVEL_MASK, take_message, &hardware))
+{
+}
+
+GlibMessages::~GlibMessages()
+{
+    g_log_remove_handler(GLIB, handler_);
+}
+
+} // namespace lab::l3lif

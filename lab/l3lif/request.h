@@ -1,0 +1,60 @@
+/*
+ * request.h: one request of the layer above to the library, and what it did:
+ * the calls that it led to, the messages, what the chip refused.
+ *
+ * GLib speaks to whoever has asked for its messages; while GlibMessages lives
+ * they are the switch's, among the library's own. layer.h makes the requests.
+ */
+#pragma once
+
+#include "switch.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lab::l3lif
+{
+
+/** What one request to the library did. */
+struct Request {
+    int code = 0;                   ///< what the library returned
+    std::vector<std::string> calls; ///< platform calls in order, as the journal has them
+    std::vector<simswitch::fwm::Message> messages; ///< the library's messages in order
+    std::string_view expected = {}; ///< start of an error message that is none here; or empty
+    std::string refused_writes; ///< what the chip refused when the queue was written out; or empty
+
+    /** Adds what a later request for the same object did; the first failing code stays. */
+    void append(Request next);
+    /** Whether it returned 0 and reported no failure. */
+    bool ok() const { return code == 0 && last_error().empty(); }
+    /** The last error message without its line end, or what the chip refused; empty for none. */
+    std::string last_error() const;
+};
+
+/**
+ * Makes a request, and writes out what then still waits in the queue.
+ *
+ * @param hardware  the switch that stands in for the platform
+ * @param name      the request in words, for the journal
+ * @param work      calls the library; its result is the request's code
+ */
+Request make_request(simswitch::Switch &hardware, const std::string &name,
+                     const std::function<int()> &work);
+
+/** Takes GLib's messages into the trace of a switch, as long as it lives. */
+class GlibMessages
+{
+public:
+    /** @param hardware  must outlive this */
+    explicit GlibMessages(simswitch::Switch &hardware);
+    ~GlibMessages();
+    GlibMessages(const GlibMessages &) = delete;
+    GlibMessages &operator=(const GlibMessages &) = delete;
+
+private:
+    unsigned handler_;
+};
+
+} // namespace lab::l3lif
