@@ -9,6 +9,7 @@
 #include "services/ifindex.h"
 
 #include <fmt/format.h>
+#include <utility>
 
 namespace rtifhal_test
 {
@@ -26,7 +27,7 @@ const Message PORT_FOUND = trace(ADD, "L3 physical interface port 5\n");
 class FhrpMacAddFailure : public FhrpTest
 {
 protected:
-    explicit FhrpMacAddFailure(simswitch::Options options = {}) : FhrpTest(options) {}
+    explicit FhrpMacAddFailure(simswitch::Options options = {}) : FhrpTest(std::move(options)) {}
 
     void expect_nothing_installed() const
     {

@@ -10,6 +10,7 @@
 #include "support/property_kinds.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <optional>
 #include <ostream>
 #include <tuple>
@@ -369,8 +370,9 @@ TEST(PropertyOfPortChannelThroughTheChip, EachMemberFollowsAndControl11IsOff)
         ASSERT_EQ(routed.set(0, 0), 0);
         const Held held = routed.held();
         for (const std::string port : {"port 5", "port 6"}) {
-            for (const std::string control : {"8", "9", "10", "14"}) {
-                EXPECT_EQ(held.at(port + " control " + control), 1U) << port << ' ' << control;
+            for (const int control : {8, 9, 10, 14}) {
+                EXPECT_EQ(held.at(fmt::format("{} control {}", port, control)), 1U)
+                    << port << ' ' << control;
             }
             EXPECT_EQ(held.at(port + " control 11"), 0U) << port;
         }

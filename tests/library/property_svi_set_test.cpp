@@ -83,6 +83,17 @@ TEST_F(PropertyOfSvi, WordsSevenAndEightRewriteTheSameAndAreKnown)
     }
 }
 
+TEST_F(PropertyOfSvi, KnownOnesAreNotSaidToBeUnknown)
+{
+    for (const std::uint32_t property : {1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 9U, 13U, 18U}) {
+        start();
+        EXPECT_EQ(set(property, 1), 0);
+        for (const Message &message : messages()) {
+            EXPECT_EQ(message.text.find("unknown"), std::string::npos) << property;
+        }
+    }
+}
+
 TEST_P(UnknownPropertyOfSvi, IsSaidWithNumberAndValueAndWritesEverythingAllTheSame)
 {
     EXPECT_EQ(set(GetParam(), 77), 0);

@@ -46,14 +46,24 @@ Lif::Lif(std::uint32_t ifindex)
 
 Lif::~Lif()
 {
+    drop_context();
+}
+
+void Lif::drop_context()
+{
     if (lif.l3lif_pd_ctxt != nullptr) {
-        std::free(lif.l3lif_pd_ctxt->l3_pd);
+        // A free of null would show among the library's calls.
+        if (lif.l3lif_pd_ctxt->l3_pd != nullptr) {
+            std::free(lif.l3lif_pd_ctxt->l3_pd);
+        }
         std::free(lif.l3lif_pd_ctxt);
     }
+    lif.l3lif_pd_ctxt = nullptr;
 }
 
 Lif &Lif::with_bare_context()
 {
+    drop_context();
     lif.l3lif_pd_ctxt = zeroed<l3lif_pd_ctxt>();
     return *this;
 }

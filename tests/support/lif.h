@@ -52,6 +52,9 @@ struct Lif {
 
     l3lif lif = {};
     l3lif_pi_ctxt properties = {};
+
+private:
+    void drop_context();
 };
 
 /** The routed port of an SDK port number, from 1: IPv4 on, VRF 1, MTU 1500. */

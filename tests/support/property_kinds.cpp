@@ -89,13 +89,13 @@ Routed::Routed(IfKind kind, simswitch::chip::Kind chip, const l3lif_pi_ctxt &pro
     up();
 }
 
-Lif &Routed::own(std::unique_ptr<Lif> lif)
+Lif &Routed::own(std::shared_ptr<Lif> lif)
 {
     lifs_.push_back(std::move(lif));
     return *lifs_.back();
 }
 
-Lif &Routed::subject(std::unique_ptr<Lif> lif)
+Lif &Routed::subject(std::shared_ptr<Lif> lif)
 {
     subject_ = &own(std::move(lif));
     subject_->properties = wanted_;
@@ -180,7 +180,7 @@ void Routed::channel_sub_up()
 {
     Lif &main = own(port_channel(CHANNEL));
     port_channel_up(main);
-    auto made = std::make_unique<subint_road::ChannelSub>(main, SUB, VLAN);
+    auto made = std::make_shared<subint_road::ChannelSub>(main, SUB, VLAN);
     subint_road::ChannelSub &sub = *made;
     subject(std::move(made));
     subs_.insert(sub.get());

@@ -53,9 +53,9 @@ public:
 
 private:
     /** Keeps an interface. */
-    Lif &own(std::unique_ptr<Lif> lif);
+    Lif &own(std::shared_ptr<Lif> lif);
     /** Keeps the interface that the setter is for, with the properties wanted. */
-    Lif &subject(std::unique_ptr<Lif> lif);
+    Lif &subject(std::shared_ptr<Lif> lif);
     void up();
     void port_up(Lif &port);
     void port_channel_up(Lif &main);
@@ -70,7 +70,7 @@ private:
     simswitch::Switch sw_;
     simswitch::services::Tree subs_;
     simswitch::services::Tree members_;
-    std::vector<std::unique_ptr<Lif>> lifs_;
+    std::vector<std::shared_ptr<Lif>> lifs_;
     Lif *subject_ = nullptr; ///< what the setter is called with
     l3lif_pi_ctxt wanted_;   ///< its properties at the add
 };
