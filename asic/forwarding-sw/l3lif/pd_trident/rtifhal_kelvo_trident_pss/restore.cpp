@@ -93,7 +93,6 @@ int rtifhal_trident_l3port_restore(struct l3lif *l3lif)
     uint8_t type = 0;
     if (if_index_get_type(l3lif->ifindex, &type) != 0) {
         REPORT("bcm_l3_ing_create(%d) get type failed\n", l3lif->ifindex);
-        type = 0;
     }
     uint16_t vlan = l3lif->si_encap_vlan;
     if (vlan == 0) {
