@@ -11,7 +11,7 @@ namespace lab::commands
 
 inline constexpr int EXIT_DONE = 0; ///< done
 inline constexpr int EXIT_REFUSED =
-    1; ///< a bad file, an interface that failed, something left behind
+    1; ///< a bad file, something that failed, is not as expected, or was left behind
 inline constexpr int EXIT_USAGE = 2; ///< the command line makes no sense
 
 /** Where the command writes. */

@@ -4,9 +4,9 @@
 #include "commands/up.h"
 
 #include "config/reader.h"
+#include "l3lif/bring_up.h"
 #include "l3lif/layer.h"
 #include "l3lif/leftovers.h"
-#include "l3lif/plans.h"
 #include "l3lif/readback.h"
 #include "l3lif/readback_macs.h"
 #include "report/json.h"
@@ -24,21 +24,6 @@ namespace lab::commands
 
 namespace
 {
-
-/** An ordinary start finds the switch empty: what an earlier run has stored is void. */
-void forget_earlier_run(simswitch::Switch &hardware, const UpOptions &options,
-                        std::vector<std::string> &notes)
-{
-    const auto stored = hardware.store.stored_interfaces();
-    for (const auto &interface : stored) {
-        hardware.store.delete_interface(interface.ifindex);
-    }
-    if (!stored.empty()) {
-        notes.push_back(
-            fmt::format("{}: {} interfaces of an earlier run are dropped from the store",
-                        options.state_dir.string(), stored.size()));
-    }
-}
 
 report::InterfaceResult judge(const simswitch::Switch &hardware, const l3lif::Interface &interface)
 {
@@ -93,25 +78,6 @@ report::PairResult judge(const simswitch::Switch &hardware, const report::UpResu
         result.error = result.view.missing;
     }
     return result;
-}
-
-/** Brings everything up: VLANs, interfaces, private-VLAN pairs, virtual MACs. */
-void bring_all_up(const config::Description &config, l3lif::Layer &layer)
-{
-    layer.add_router_mac(config.device_mac);
-    for (auto &plan : l3lif::vlan_plans_of(config)) {
-        layer.set_up_vlan(std::move(plan));
-    }
-    const auto plans = l3lif::plans_of(config);
-    for (const auto &plan : plans) {
-        layer.bring_up(plan);
-    }
-    for (const auto &plan : l3lif::pair_plans_of(config)) {
-        layer.add_pair(plan);
-    }
-    for (auto &plan : l3lif::virtual_mac_plans_of(config, plans)) {
-        layer.add_virtual_mac(std::move(plan));
-    }
 }
 
 void judge_all(const simswitch::Switch &hardware, const l3lif::Layer &layer,
@@ -177,12 +143,12 @@ int up_on(simswitch::Switch &hardware, const UpOptions &options, std::ostream &o
     result.chip = hardware.chip.kind() == simswitch::chip::Kind::trident2 ? "Trident2" : "Trident";
     result.skipped = config.skipped;
     result.notes = config.notes;
-    forget_earlier_run(hardware, options, result.notes);
+    l3lif::forget_earlier_run(hardware, options.state_dir, result.notes);
 
     const l3lif::Moment before = l3lif::look(hardware);
     l3lif::Layer layer(hardware);
     result.layer = &layer;
-    bring_all_up(config, layer);
+    l3lif::bring_all_up(config, layer);
     judge_all(hardware, layer, result);
     note_families(hardware, result);
     if (options.then_down) {

@@ -75,6 +75,11 @@ const L2Vlan &L2Side::set_up(VlanPlan plan)
     return made;
 }
 
+void L2Side::set_role(std::uint16_t vlan, config::VlanRole role)
+{
+    hardware_.host.vlans.set_role(vlan, role_of(role));
+}
+
 simswitch::Outcome L2Side::create(L2Vlan &vlan)
 {
     const VlanPlan &plan = vlan.plan;

@@ -41,6 +41,8 @@ public:
 
     /** Sets a VLAN up. The reference stays good. */
     const L2Vlan &set_up(VlanPlan plan);
+    /** Makes a VLAN that is set up a primary, a secondary, or neither. */
+    void set_role(std::uint16_t vlan, config::VlanRole role);
     /**
      * Takes the VLANs down, the last one first. One that the library still
      * counts users of stays. False when one stays, or the chip refused.

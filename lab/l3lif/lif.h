@@ -55,6 +55,7 @@ public:
     const LifPlan &plan() const { return plan_; }
     /** The record to hand to the library. */
     ::l3lif *record() { return &record_; }
+    const ::l3lif *record() const { return &record_; }
     /** Puts it under its main interface. */
     void put_under(::l3lif *main) { record_.main_l3lif = main; }
     /**

@@ -30,6 +30,8 @@ struct VlanPlan {
 struct PairPlan {
     std::uint16_t primary = 0;
     std::uint16_t secondary = 0;
+
+    bool operator==(const PairPlan &) const = default;
 };
 
 /** A virtual MAC of an interface. */

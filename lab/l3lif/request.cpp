@@ -18,9 +18,11 @@ namespace
 constexpr const char *GLIB = "GLib";
 
 // Lines of progress that the library writes at the error level. A trunk that is
-// created, or read while it is there already, is no failure either.
-constexpr std::array<std::string_view, 4> PROGRESS = {
-    "calling bcm_trunk_create_id(", "bcm_trunk_get(unit=", "Searching l3-intf on ", "ifindex "};
+// created, or read while it is there already, is no failure either, nor is a
+// subinterface that works on its own record.
+constexpr std::array<std::string_view, 5> PROGRESS = {
+    "calling bcm_trunk_create_id(", "bcm_trunk_get(unit=", "Searching l3-intf on ", "ifindex ",
+    "No context set in l3iif for intf "};
 
 /** Messages begin and end with line ends, for the log that they were made for. */
 std::string trimmed(const std::string &text)
@@ -56,17 +58,30 @@ void Request::append(Request next)
     }
 }
 
-std::string Request::last_error() const
+std::vector<std::string> Request::errors() const
 {
-    for (auto message = messages.rbegin(); message != messages.rend(); ++message) {
-        std::string text = trimmed(message->text);
+    std::vector<std::string> errors;
+    for (const auto &message : messages) {
+        std::string text = trimmed(message.text);
         const bool harmless =
             is_progress(text) || (!expected.empty() && text.starts_with(expected));
-        if (message->level == simswitch::fwm::LEVEL_ERROR && !harmless) {
-            return text;
+        if (message.level == simswitch::fwm::LEVEL_ERROR && !harmless) {
+            errors.push_back(std::move(text));
         }
     }
-    return refused_writes;
+    if (!refused_writes.empty()) {
+        errors.push_back(refused_writes);
+    }
+    return errors;
+}
+
+std::string Request::last_error() const
+{
+    auto all = errors();
+    if (all.size() > 1 && !refused_writes.empty()) {
+        all.pop_back();
+    }
+    return all.empty() ? "" : std::move(all.back());
 }
 
 Request make_request(simswitch::Switch &hardware, const std::string &name,

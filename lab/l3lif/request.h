@@ -29,7 +29,9 @@ struct Request {
     void append(Request next);
     /** Whether it returned 0 and reported no failure. */
     bool ok() const { return code == 0 && last_error().empty(); }
-    /** The last error message without its line end, or what the chip refused; empty for none. */
+    /** All error messages without their line ends, and what the chip refused. */
+    std::vector<std::string> errors() const;
+    /** The last one of them; what the chip refused only when there is no other; empty for none. */
     std::string last_error() const;
 };
 

@@ -135,5 +135,7 @@ TEST(CommandLine, HelpOnEachLevel)
          {"--chip", "--json", "--calls", "--trace", "--state", "--then-down"}) {
         EXPECT_NE(rtif("up --help").out.find(option), std::string::npos) << option;
     }
+    EXPECT_NE(rtif("run --help").out.find("--quiet"), std::string::npos);
+    EXPECT_NE(rtif("shell --help").out.find("--chip"), std::string::npos);
     EXPECT_EQ(rtif("--version").out, "rtif 0.1.0\n");
 }

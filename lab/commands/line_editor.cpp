@@ -1,0 +1,201 @@
+/*
+ * line_editor.cpp: see line_editor.h.
+ */
+#include "commands/line_editor.h"
+
+#include "session/words.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <clocale>
+#include <csignal>
+#include <cstdio>
+#include <histedit.h>
+#include <iostream>
+#include <stdexcept>
+#include <sys/ioctl.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace lab::commands
+{
+
+namespace
+{
+
+constexpr int HISTORY_LINES = 500;
+// More words than this are no help to anybody.
+constexpr std::size_t LISTED_MAX = 300;
+constexpr std::size_t GAP = 2;
+
+struct EditorEnd {
+    void operator()(EditLine *editor) const { el_end(editor); }
+};
+struct HistoryEnd {
+    void operator()(History *history) const { history_end(history); }
+};
+
+/** While it lives, an interrupt ends a read and nothing else. */
+class InterruptsReads
+{
+public:
+    InterruptsReads()
+    {
+        struct sigaction action = {};
+        action.sa_handler = [](int) {};
+        sigemptyset(&action.sa_mask);
+        sigaction(SIGINT, &action, &before_);
+    }
+    ~InterruptsReads() { sigaction(SIGINT, &before_, nullptr); }
+    InterruptsReads(const InterruptsReads &) = delete;
+    InterruptsReads &operator=(const InterruptsReads &) = delete;
+
+private:
+    struct sigaction before_ = {};
+};
+
+/** Words side by side in columns, read from top to bottom. */
+std::string in_columns(const std::vector<std::string> &words, std::size_t width)
+{
+    const std::size_t count = std::min(words.size(), LISTED_MAX);
+    std::size_t wide = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        wide = std::max(wide, words[i].size() + GAP);
+    }
+    const std::size_t columns = std::max<std::size_t>(1, (width + GAP) / wide);
+    const std::size_t rows = (count + columns - 1) / columns;
+    std::string text;
+    for (std::size_t row = 0; row < rows; ++row) {
+        std::string line;
+        for (std::size_t i = row; i < count; i += rows) {
+            line += fmt::format("{:<{}}", words[i], wide);
+        }
+        line.erase(line.find_last_not_of(' ') + 1);
+        text += line + "\n";
+    }
+    if (count < words.size()) {
+        text += fmt::format("and {} more\n", words.size() - count);
+    }
+    return text;
+}
+
+} // namespace
+
+struct LineEditor::Parts {
+    std::string prompt;
+    Completer completer;
+    std::unique_ptr<EditLine, EditorEnd> editor;
+    std::unique_ptr<History, HistoryEnd> history;
+    InterruptsReads interrupts;
+
+    static Parts &of(EditLine *editor)
+    {
+        Parts *parts = nullptr;
+        el_get(editor, EL_CLIENTDATA, &parts);
+        return *parts;
+    }
+
+    unsigned char complete();
+    void insert(const session::Completion &completion, const session::Unfinished &at);
+};
+
+/** Puts the one word in, or what all of them share. */
+void LineEditor::Parts::insert(const session::Completion &completion, const session::Unfinished &at)
+{
+    std::string rest = completion.common();
+    if (completion.words.size() == 1) {
+        const std::string &word = completion.words.front();
+        const std::string written = session::as_written(word);
+        if (written != word && !at.in_quotes) {
+            el_deletestr(editor.get(), static_cast<int>(at.last.size()));
+            rest = written;
+        } else if (at.in_quotes) {
+            rest += '"';
+        }
+        // A folder goes on.
+        rest += word.ends_with('/') ? "" : " ";
+    }
+    el_insertstr(editor.get(), rest.c_str());
+}
+
+unsigned char LineEditor::Parts::complete()
+{
+    const LineInfo *line = el_line(editor.get());
+    const std::string_view typed(line->buffer,
+                                 static_cast<std::size_t>(line->cursor - line->buffer));
+    const session::Completion completion = completer(typed);
+    if (completion.words.empty()) {
+        return CC_REFRESH_BEEP;
+    }
+    if (completion.words.size() == 1 || !completion.common().empty()) {
+        insert(completion, session::split_unfinished(typed));
+        return CC_REFRESH;
+    }
+    std::cout << '\n' << in_columns(completion.words, columns()) << std::flush;
+    return CC_REDISPLAY;
+}
+
+LineEditor::LineEditor(std::string prompt, Completer completer) : parts_(new Parts)
+{
+    std::setlocale(LC_CTYPE, "");
+    parts_->prompt = std::move(prompt);
+    parts_->completer = std::move(completer);
+    parts_->editor.reset(el_init("rtif", stdin, stdout, stderr));
+    parts_->history.reset(history_init());
+    if (!parts_->editor || !parts_->history) {
+        throw std::runtime_error("rtif: the terminal can't be used");
+    }
+    EditLine *editor = parts_->editor.get();
+    el_set(editor, EL_CLIENTDATA, parts_.get());
+    el_set(editor, EL_PROMPT, static_cast<char *(*)(EditLine *)>([](EditLine *from) {
+               return Parts::of(from).prompt.data();
+           }));
+    el_set(editor, EL_EDITOR, "emacs");
+    HistEvent event = {};
+    history(parts_->history.get(), &event, H_SETSIZE, HISTORY_LINES);
+    history(parts_->history.get(), &event, H_SETUNIQUE, 1);
+    el_set(editor, EL_HIST, history, parts_->history.get());
+    el_set(editor, EL_ADDFN, "complete", "completes the word at the cursor",
+           static_cast<unsigned char (*)(EditLine *, int)>(
+               [](EditLine *from, int) { return Parts::of(from).complete(); }));
+    el_set(editor, EL_BIND, "^I", "complete", nullptr);
+    el_set(editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
+}
+
+LineEditor::~LineEditor() = default;
+
+std::optional<std::string> LineEditor::next()
+{
+    EditLine *editor = parts_->editor.get();
+    while (true) {
+        int length = 0;
+        const char *typed = el_gets(editor, &length);
+        if (typed == nullptr || length <= 0) {
+            if (length < 0 && errno == EINTR) {
+                std::cout << "^C\n" << std::flush;
+                el_reset(editor);
+                continue;
+            }
+            std::cout << '\n' << std::flush;
+            return std::nullopt;
+        }
+        std::string line(typed, static_cast<std::size_t>(length));
+        line.erase(line.find_last_not_of('\n') + 1);
+        if (line.find_first_not_of(" \t") != std::string::npos) {
+            HistEvent event = {};
+            history(parts_->history.get(), &event, H_ENTER, line.c_str());
+        }
+        return line;
+    }
+}
+
+std::size_t LineEditor::columns()
+{
+    winsize size = {};
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+} // namespace lab::commands

@@ -1,0 +1,190 @@
+/*
+ * run.cpp: see run.h.
+ */
+#include "commands/run.h"
+
+#include "session/errors.h"
+#include "session/line_reader.h"
+#include "session/session.h"
+#include "session/words.h"
+
+#include <fmt/format.h>
+#include <fmt/ostream.h>
+
+#include <fstream>
+#include <iostream>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace lab::commands
+{
+
+namespace
+{
+
+// Where the outcomes stand, unless a command is longer.
+constexpr std::size_t OUTCOME_COLUMN = 48;
+constexpr std::string_view BYTE_ORDER_MARK = "\xef\xbb\xbf";
+
+/** A line as it is told: without its comment, its words one blank apart. */
+std::string as_told(const std::string &line)
+{
+    std::string text;
+    for (const std::string &word : session::split(line)) {
+        text += text.empty() ? "" : " ";
+        text += session::as_written(word);
+    }
+    return text;
+}
+
+/** The same of a line that may be none at all, whose place is told in any case. */
+std::string as_told_if_possible(const std::string &line)
+{
+    try {
+        return as_told(line);
+    } catch (const session::UsageError &) {
+        const std::size_t end = line.find_last_not_of("\r");
+        const std::string text = end == std::string::npos ? "" : line.substr(0, end + 1);
+        return session::can_be_shown(text) && text.size() <= session::LINE_MAX_BYTES
+                   ? text
+                   : "(a line that can't be shown)";
+    }
+}
+
+/** A script on its way through a session. */
+class Script
+{
+public:
+    Script(session::Session &session, std::string name, bool quiet, const Terminal &terminal)
+        : session_(session), name_(std::move(name)), quiet_(quiet), terminal_(terminal)
+    {
+    }
+
+    int run(std::istream &in)
+    {
+        session::LineReader reader(in, session::LINE_MAX_BYTES);
+        bool goes_on = true;
+        while (goes_on) {
+            auto line = reader.next();
+            if (!line) {
+                break;
+            }
+            if (line->number == 1 && line->text.starts_with(BYTE_ORDER_MARK)) {
+                line->text.erase(0, BYTE_ORDER_MARK.size());
+            }
+            goes_on = step(*line);
+        }
+        tell_refusal();
+        return code_;
+    }
+
+private:
+    /** Does a line; false when it is the last one. */
+    bool step(const session::Line &line)
+    {
+        try {
+            const session::Outcome outcome = session_.execute(line.text);
+            keep_book(line, outcome);
+            tell(line, outcome);
+            return !outcome.quit;
+        } catch (const session::Unmet &unmet) {
+            fail(line, EXIT_REFUSED,
+                 fmt::format("{}\n    seen     {}", unmet.what(), unmet.seen()));
+        } catch (const session::Impossible &impossible) {
+            fail(line, EXIT_REFUSED, impossible.what());
+        } catch (const session::UsageError &error) {
+            fail(line, EXIT_USAGE, error.what());
+        }
+        return false;
+    }
+
+    /** Tells of a refusal that no expectation has accepted. */
+    void tell_refusal()
+    {
+        if (refused_.number != 0) {
+            code_ = code_ == EXIT_DONE ? EXIT_REFUSED : code_;
+            terminal_.out << std::flush;
+            fmt::print(terminal_.err, "{}:{}: {}\n    {}; no expect accepts it\n{}", name_,
+                       refused_.number, as_told(refused_.text), refusal_.summary, refusal_.shown);
+        }
+        refused_ = {};
+    }
+
+    void keep_book(const session::Line &line, const session::Outcome &outcome)
+    {
+        if (outcome.asked) {
+            tell_refusal();
+        }
+        if (outcome.refused) {
+            refused_ = line;
+            refusal_ = outcome;
+        }
+        if (outcome.looked) {
+            refused_ = {};
+        }
+    }
+
+    void tell(const session::Line &line, const session::Outcome &outcome)
+    {
+        if (quiet_ || (outcome.summary.empty() && outcome.shown.empty())) {
+            return;
+        }
+        const std::string command = as_told(line.text);
+        if (outcome.summary.empty()) {
+            fmt::print(terminal_.out, "{}\n", command);
+        } else {
+            fmt::print(terminal_.out, "{:<{}}  {}\n", command, OUTCOME_COLUMN, outcome.summary);
+        }
+        terminal_.out << outcome.shown << std::flush;
+    }
+
+    void fail(const session::Line &line, int code, const std::string &why)
+    {
+        tell_refusal();
+        code_ = code;
+        terminal_.out << std::flush;
+        fmt::print(terminal_.err, "{}:{}: {}\n    {}\n", name_, line.number,
+                   as_told_if_possible(line.text), why);
+    }
+
+    session::Session &session_;
+    std::string name_;
+    bool quiet_;
+    const Terminal &terminal_;
+    int code_ = EXIT_DONE;
+    session::Line refused_ = {};    ///< a refusal that no expectation has accepted yet; 0: none
+    session::Outcome refusal_ = {}; ///< what it came to
+};
+
+} // namespace
+
+int run_script(const RunOptions &options, const Terminal &terminal)
+{
+    simswitch::Switch hardware({.chip = options.chip, .state_dir = options.state_dir});
+    if (options.script == "-") {
+        return run_script_on(hardware, options, std::cin, "standard input", terminal);
+    }
+    std::error_code error;
+    if (std::filesystem::is_directory(options.script, error)) {
+        throw std::runtime_error(options.script + ": is a folder, not a script");
+    }
+    std::ifstream in(options.script, std::ios::binary);
+    if (!in) {
+        throw std::runtime_error(options.script + ": the script can't be opened");
+    }
+    return run_script_on(hardware, options, in, options.script, terminal);
+}
+
+int run_script_on(simswitch::Switch &hardware, const RunOptions &options, std::istream &in,
+                  const std::string &name, const Terminal &terminal)
+{
+    // Files stand beside the script that names them, wherever it is run.
+    const auto folder = options.script == "-" ? std::filesystem::path()
+                                              : std::filesystem::path(options.script).parent_path();
+    session::Session session(hardware, options.state_dir, folder);
+    return Script(session, name, options.quiet, terminal).run(in);
+}
+
+} // namespace lab::commands

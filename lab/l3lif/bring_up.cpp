@@ -1,0 +1,68 @@
+/*
+ * bring_up.cpp: see bring_up.h.
+ */
+#include "l3lif/bring_up.h"
+
+#include "l3lif/plans.h"
+
+#include <fmt/format.h>
+
+#include <utility>
+
+namespace lab::l3lif
+{
+
+void forget_earlier_run(simswitch::Switch &hardware, const std::filesystem::path &state_dir,
+                        std::vector<std::string> &notes)
+{
+    const auto stored = hardware.store.stored_interfaces();
+    for (const auto &interface : stored) {
+        hardware.store.delete_interface(interface.ifindex);
+    }
+    if (!stored.empty()) {
+        notes.push_back(
+            fmt::format("{}: {} interfaces of an earlier run are dropped from the store",
+                        state_dir.string(), stored.size()));
+    }
+}
+
+void bring_all_up(const config::Description &config, Layer &layer)
+{
+    layer.add_router_mac(config.device_mac);
+    for (auto &plan : vlan_plans_of(config)) {
+        layer.set_up_vlan(std::move(plan));
+    }
+    const auto plans = plans_of(config);
+    for (const auto &plan : plans) {
+        layer.bring_up(plan);
+    }
+    for (const auto &plan : pair_plans_of(config)) {
+        layer.add_pair(plan);
+    }
+    for (auto &plan : virtual_mac_plans_of(config, plans)) {
+        layer.add_virtual_mac(std::move(plan));
+    }
+}
+
+std::vector<NamedRequest> requests_up(const Layer &layer)
+{
+    std::vector<NamedRequest> requests = {{"add the router MAC", &layer.router_mac(), true}};
+    for (const auto &vlan : layer.l2().vlans()) {
+        requests.push_back({fmt::format("set up {}", vlan->plan.name), &vlan->up});
+    }
+    for (const auto &interface : layer.interfaces()) {
+        requests.push_back({fmt::format("add {}", interface->lif->plan().name), &interface->up});
+    }
+    for (const Pair &pair : layer.pairs()) {
+        requests.push_back(
+            {fmt::format("add pair {}, {}", pair.plan.primary, pair.plan.secondary), &pair.up});
+    }
+    for (const VirtualMac &mac : layer.virtual_macs()) {
+        requests.push_back({fmt::format("add virtual MAC {} of {}", config::mac_text(mac.plan.mac),
+                                        mac.plan.owner),
+                            &mac.up});
+    }
+    return requests;
+}
+
+} // namespace lab::l3lif

@@ -1,0 +1,43 @@
+/*
+ * bring_up.h: a whole configuration brought up, in the order that the layer
+ * above keeps: router MAC, VLANs, interfaces, private-VLAN pairs, virtual MACs.
+ * layer.h does the single requests.
+ */
+#pragma once
+
+#include "config/description.h"
+#include "l3lif/layer.h"
+
+#include "switch.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace lab::l3lif
+{
+
+/**
+ * Drops what an earlier run has stored: an ordinary start finds the switch
+ * empty.
+ *
+ * @param state_dir  folder of the store, for the note
+ * @param notes      gets a line when there was something
+ */
+void forget_earlier_run(simswitch::Switch &hardware, const std::filesystem::path &state_dir,
+                        std::vector<std::string> &notes);
+
+/** Brings everything up. */
+void bring_all_up(const config::Description &config, Layer &layer);
+
+/** A request and what was asked. */
+struct NamedRequest {
+    std::string asked;
+    const Request *request;
+    bool gives_station = false; ///< its code is a station's number
+};
+
+/** The requests that brought everything up, in their order. */
+std::vector<NamedRequest> requests_up(const Layer &layer);
+
+} // namespace lab::l3lif

@@ -1,0 +1,195 @@
+/*
+ * complete.cpp: see complete.h.
+ */
+#include "session/complete.h"
+
+#include "config/natural_order.h"
+#include "session/expect.h"
+#include "session/platform_functions.h"
+#include "session/properties.h"
+#include "session/tables.h"
+#include "session/verbs.h"
+#include "session/words.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <filesystem>
+#include <system_error>
+
+namespace lab::session
+{
+
+namespace
+{
+
+// A folder may hold more files than anybody wants to look at.
+constexpr std::size_t FILES_MAX = 1000;
+
+using Candidates = std::vector<std::string>;
+
+Candidates values_of(const std::string &name)
+{
+    for (const Property &known : properties()) {
+        if (known.name == name && known.kind == ValueKind::on_off) {
+            return {"on", "off"};
+        }
+        if (known.name == name && known.kind == ValueKind::reverse_path) {
+            return {"strict", "loose", "off"};
+        }
+    }
+    return {};
+}
+
+/** Files and folders that begin with what is typed, the folders with a slash. */
+Candidates files(const std::string &typed)
+{
+    const std::size_t slash = typed.rfind('/');
+    const std::string folder = slash == std::string::npos ? "" : typed.substr(0, slash + 1);
+    Candidates found;
+    std::error_code error;
+    std::filesystem::directory_iterator entries(folder.empty() ? "." : folder, error);
+    for (; !error && entries != std::filesystem::directory_iterator() && found.size() < FILES_MAX;
+         entries.increment(error)) {
+        std::error_code ignored;
+        const std::string name = entries->path().filename().string();
+        const bool hidden = name.starts_with('.') && typed.size() == folder.size();
+        if (!hidden && can_be_shown(name)) {
+            found.push_back(folder + name + (entries->is_directory(ignored) ? "/" : ""));
+        }
+    }
+    return found;
+}
+
+Candidates known_vlans(const State &state)
+{
+    Candidates names;
+    if (state.config) {
+        for (const auto &[name, vlan] : state.config->vlans) {
+            names.push_back(name);
+        }
+    }
+    return names;
+}
+
+/** What may stand behind the words of a command on an interface. */
+Candidates behind_interface(const State &state, const Words &words)
+{
+    if (words.size() == 1) {
+        return state.interface_names();
+    }
+    const std::string &verb = words.front();
+    if (words.size() == 2 && (verb == "set" || verb == "get")) {
+        return property_names();
+    }
+    if (words.size() == 2 && verb == "del") {
+        return {"keep"};
+    }
+    return words.size() == 3 && verb == "set" ? values_of(words[2]) : Candidates{};
+}
+
+/** What may stand behind the words of a command that adds and deletes. */
+Candidates behind_add_del(const State &state, const Words &words)
+{
+    if (words.size() == 1) {
+        return {"add", "del"};
+    }
+    if (words.front() == "vmac" && words.size() == 2) {
+        return state.interface_names();
+    }
+    return words.front() == "pvlan" ? known_vlans(state) : Candidates{};
+}
+
+/** The keys of the rows of the tables that are shown under a word. */
+Candidates keys_shown(const State &state, const std::string &name)
+{
+    Candidates keys;
+    const Scene scene = state.scene();
+    for (const TableKind &kind : table_kinds()) {
+        if (kind.show != name) {
+            continue;
+        }
+        for (const Row &row : kind.make(scene).rows) {
+            if (row.shown) {
+                keys.insert(keys.end(), row.keys.begin(), row.keys.end());
+            }
+        }
+    }
+    return keys;
+}
+
+/** All that may follow some finished words. */
+Candidates following(const State &state, const Words &words, const std::string &typed)
+{
+    if (words.empty()) {
+        return verb_names();
+    }
+    const std::string &verb = words.front();
+    if (verb == "add" || verb == "del" || verb == "set" || verb == "get" || verb == "disable") {
+        return behind_interface(state, words);
+    }
+    if (verb == "rmac" || verb == "vmac" || verb == "pvlan") {
+        return behind_add_del(state, words);
+    }
+    if (verb == "expect") {
+        return expect_continuations({words.begin() + 1, words.end()}, state.scene());
+    }
+    if (words.size() == 2 && verb == "show") {
+        return keys_shown(state, words[1]);
+    }
+    if (words.size() > 1) {
+        return verb == "fail" && words.size() == 2 ? Candidates{"always"} : Candidates{};
+    }
+    if (verb == "up") {
+        return files(typed);
+    }
+    if (verb == "ipv6") {
+        return {"on", "off"};
+    }
+    if (verb == "show") {
+        return show_names();
+    }
+    if (verb == "fail") {
+        Candidates names = platform_functions();
+        names.emplace_back("off");
+        return names;
+    }
+    return verb == "help" ? verb_names() : Candidates{};
+}
+
+} // namespace
+
+std::string Completion::common() const
+{
+    if (words.empty()) {
+        return "";
+    }
+    std::string shared = words.front();
+    for (const std::string &word : words) {
+        const auto [end, other] =
+            std::mismatch(shared.begin(), shared.end(), word.begin(), word.end());
+        shared.erase(end, shared.end());
+    }
+    return shared.substr(std::min(typed.size(), shared.size()));
+}
+
+Completion complete(const State &state, std::string_view line)
+{
+    const Unfinished at = split_unfinished(line);
+    Completion completion{at.last, {}};
+    if (at.in_comment) {
+        return completion;
+    }
+    for (std::string &word : following(state, at.before, at.last)) {
+        if (word.starts_with(at.last)) {
+            completion.words.push_back(std::move(word));
+        }
+    }
+    auto &words = completion.words;
+    std::sort(words.begin(), words.end(), config::NaturalLess{});
+    words.erase(std::unique(words.begin(), words.end()), words.end());
+    return completion;
+}
+
+} // namespace lab::session

@@ -1,0 +1,166 @@
+/*
+ * interface_verbs.cpp: the commands on interfaces: bringing a configuration up,
+ * adding and deleting interfaces of it, their properties.
+ */
+#include "session/verbs.h"
+
+#include "config/reader.h"
+#include "l3lif/bring_up.h"
+#include "l3lif/plans.h"
+#include "l3lif/property_requests.h"
+#include "session/errors.h"
+#include "session/nearest.h"
+#include "session/properties.h"
+
+#include "report/text.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <utility>
+
+namespace lab::session
+{
+
+namespace
+{
+
+/** What came up, in a few words. */
+std::string count_up(const Scene &scene)
+{
+    std::size_t up = 0;
+    for (const SceneInterface &interface : scene.interfaces) {
+        up += interface.state == "up" ? 1 : 0;
+    }
+    return fmt::format("{} of {} up", up, report::counted(scene.interfaces.size(), "interface"));
+}
+
+bool is_label(const Property &property)
+{
+    return property.store == nullptr;
+}
+
+std::string command_text(std::string_view verb, const Words &words)
+{
+    return fmt::format("{} {}", verb, fmt::join(words, " "));
+}
+
+} // namespace
+
+Outcome run_up(State &state, const Words &words)
+{
+    if (state.config) {
+        throw Impossible(
+            fmt::format("{} is up already: a session has one configuration", state.config->file));
+    }
+    try {
+        state.config = config::read_config(state.folder / words.front());
+    } catch (const config::UnusableFile &error) {
+        throw Impossible(error.what());
+    }
+    std::vector<std::string> notes = state.config->notes;
+    l3lif::forget_earlier_run(state.hardware, state.state_dir, notes);
+    l3lif::bring_all_up(*state.config, state.layer);
+
+    std::vector<Step> steps;
+    for (const l3lif::NamedRequest &named : l3lif::requests_up(state.layer)) {
+        steps.push_back({named.asked, *named.request, named.gives_station});
+    }
+    Outcome outcome = state.finish(command_text("up", words), std::move(steps));
+    outcome.summary = fmt::format(
+        "{}{}, {}", outcome.refused ? fmt::format("refused: code {}, ", state.last.code()) : "",
+        count_up(state.scene()), report::counted(state.last.call_count(), "call"));
+    if (const std::size_t skipped = state.config->skipped.size(); skipped != 0) {
+        outcome.summary += fmt::format(", {} not taken", report::counted(skipped, "row"));
+    }
+    for (const auto &row : state.config->skipped) {
+        outcome.shown += fmt::format("    {}\n", state.config->message(row));
+    }
+    for (const auto &note : notes) {
+        outcome.shown += fmt::format("    {}\n", note);
+    }
+    return outcome;
+}
+
+Outcome run_add(State &state, const Words &words)
+{
+    l3lif::Interface &interface = state.interface(words.front());
+    const std::string command = command_text("add", words);
+    return state.finish(command, {{command, state.layer.bring_up(interface)}});
+}
+
+Outcome run_del(State &state, const Words &words)
+{
+    l3lif::Interface &interface = state.interface(words.front());
+    const std::string &name = words.front();
+    if (words.size() == 2 && words[1] != "keep") {
+        throw UsageError(unknown("word", words[1], {"keep"}) + " (keep, or nothing)");
+    }
+    const bool keep = words.size() == 2;
+    const l3lif::Standing standing = interface.standing();
+    if (standing == l3lif::Standing::down || (keep && standing == l3lif::Standing::kept)) {
+        throw Impossible(fmt::format("{} is {} already", name,
+                                     standing == l3lif::Standing::down ? "down" : "kept"));
+    }
+    const auto subinterfaces = state.layer.routed().subinterfaces_of(interface);
+    if (!subinterfaces.empty()) {
+        throw Impossible(fmt::format("{} has subinterfaces that are up: delete {} first", name,
+                                     fmt::join(subinterfaces, ", ")));
+    }
+    const std::string command = command_text("del", words);
+    Outcome outcome = state.finish(command, {{command, state.layer.take_down(interface, keep)}});
+    if (keep && interface.standing() == l3lif::Standing::down) {
+        outcome.summary += "; it is gone for good, as each tunnel is";
+    }
+    return outcome;
+}
+
+Outcome run_set(State &state, const Words &words)
+{
+    l3lif::Interface &interface = state.interface(words[0]);
+    const Property &changed = property(words[1]);
+    const std::uint32_t value = parse_value(changed, words[2]);
+    const std::string command = command_text("set", words);
+    l3lif::Lif &lif = *interface.lif;
+    if (is_label(changed)) {
+        return state.finish(command,
+                            {{command, l3lif::set_label(state.hardware, lif, command,
+                                                        static_cast<std::uint16_t>(value))}});
+    }
+    changed.store(*lif.record()->l3lif_pi_ctxt, value);
+    if (interface.standing() != l3lif::Standing::up) {
+        return {fmt::format("{} is not up: it has this when it is added", words[0])};
+    }
+    return state.finish(command, {{command, l3lif::set_property(state.hardware, lif, command,
+                                                                changed.svi_id, value)}});
+}
+
+Outcome run_get(State &state, const Words &words)
+{
+    l3lif::Interface &interface = state.interface(words[0]);
+    const Property &read = property(words[1]);
+    if (!read.readable) {
+        throw UsageError(fmt::format("{} can't be read: the library has no identifier to read it "
+                                     "by; 'show' has what the chip holds",
+                                     read.name));
+    }
+    const std::string command = command_text("get", words);
+    std::uint32_t value = 0;
+    Outcome outcome =
+        state.finish(command, {{command, l3lif::get_property(state.hardware, *interface.lif,
+                                                             command, read.svi_id, value)}});
+    if (!outcome.refused) {
+        outcome.summary = value_text(read, value);
+    }
+    return outcome;
+}
+
+Outcome run_disable(State &state, const Words &words)
+{
+    l3lif::Interface &interface = state.interface(words[0]);
+    const std::string command = command_text("disable", words);
+    return state.finish(command,
+                        {{command, l3lif::disable(state.hardware, *interface.lif, command)}});
+}
+
+} // namespace lab::session

@@ -1,0 +1,211 @@
+/*
+ * l3_tables.cpp: interfaces, their numbers, ingress objects, next hops, routes.
+ */
+#include "session/tables.h"
+
+#include "config/address.h"
+
+#include "rtifhal_data.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <cstddef>
+
+namespace lab::session
+{
+
+namespace
+{
+
+namespace chip = simswitch::chip;
+
+// The numbers below are taken when the library sets its tables up.
+constexpr int FIRST_IIF = 3;
+
+bool is_set(const l3iif_bitmap_t &table, int number)
+{
+    const auto n = static_cast<unsigned>(number);
+    return (table.bits[n / 8] & (0x80U >> (n % 8))) != 0;
+}
+
+/** The highest number below those that are reserved at the top. */
+int last_iif()
+{
+    int last = chip::LAST_IIF;
+    while (last >= FIRST_IIF && is_set(l3lif_l3iif_table, last) &&
+           !is_set(l3lif_l3iif_table_preserve, last)) {
+        --last;
+    }
+    return last;
+}
+
+/** What becomes of a number: an object of the chip, parked, held back; empty for a free one. */
+std::string_view iif_state(const chip::Chip &chip, int iif, int last)
+{
+    if (chip.l3_interfaces.find(iif) != nullptr) {
+        return "programmed";
+    }
+    if (l3lif_l3iif_table_inited == 0 || iif < FIRST_IIF || iif > last) {
+        return "";
+    }
+    if (is_set(l3lif_l3iif_table_preserve, iif)) {
+        return "held back";
+    }
+    return is_set(l3lif_l3iif_table, iif) ? "kept" : "";
+}
+
+std::string joined(const std::vector<std::string_view> &words)
+{
+    return fmt::format("{}", fmt::join(words, " "));
+}
+
+} // namespace
+
+Table interface_table(const Scene &scene)
+{
+    Table table{"interfaces",
+                "interface",
+                {{"INTERFACE"},
+                 {"KIND"},
+                 {"STATE"},
+                 {"IIF", true},
+                 {"VLAN", true},
+                 {"VRF", true},
+                 {"MTU", true},
+                 {"FAMILIES"},
+                 {"PORTS"}},
+                {},
+                scene.interface_names()};
+    for (const SceneInterface &interface : scene.interfaces) {
+        const l3lif::HardwareView &view = interface.view;
+        const auto if_there = [&view](int value) {
+            return view.has_interface ? fmt::to_string(value) : std::string();
+        };
+        table.rows.push_back(
+            {{interface.name},
+             {interface.name, std::string(interface.kind), std::string(interface.state),
+              unless_zero(view.iif), if_there(view.vlan), if_there(view.vrf), if_there(view.mtu),
+              joined(view.families()), number_list(view.ports)}});
+    }
+    return table;
+}
+
+Table iif_table(const Scene &scene)
+{
+    Table table{"numbers of interfaces",
+                "iif",
+                {{"IIF", true},
+                 {"INTERFACE"},
+                 {"STATE"},
+                 {"MAC"},
+                 {"VLAN", true},
+                 {"VRF", true},
+                 {"MTU", true},
+                 {"TUNNEL", true}},
+                {},
+                scene.interface_names()};
+    const chip::Chip &chip = scene.hardware.chip;
+    const int last = last_iif();
+    for (int iif = 0; iif <= chip::LAST_IIF; ++iif) {
+        const std::string_view state = iif_state(chip, iif, last);
+        if (state.empty()) {
+            continue;
+        }
+        const std::string name = Scene::name(scene.iifs, iif);
+        Row row{{fmt::to_string(iif)}, {fmt::to_string(iif), name, std::string(state)}};
+        if (!name.empty()) {
+            row.keys.push_back(name);
+        }
+        if (const chip::L3Interface *found = chip.l3_interfaces.find(iif)) {
+            row.cells.insert(row.cells.end(),
+                             {chip::text(found->mac), fmt::to_string(found->vlan),
+                              fmt::to_string(found->vrf), fmt::to_string(found->mtu),
+                              unless_zero(found->tunnel)});
+        }
+        row.cells.resize(table.columns.size());
+        table.rows.push_back(std::move(row));
+    }
+    return table;
+}
+
+Table ingress_table(const Scene &scene)
+{
+    Table table{"ingress objects",
+                "ingress",
+                {{"IIF", true},
+                 {"INTERFACE"},
+                 {"FLAGS"},
+                 {"VRF", true},
+                 {"URPF", true},
+                 {"CLASS", true},
+                 {"IPMC", true},
+                 {"QOS", true}},
+                {},
+                scene.interface_names()};
+    for (const auto &[iif, object] : scene.hardware.chip.l3_ingresses.all()) {
+        const std::string name = Scene::name(scene.iifs, iif);
+        Row row{{fmt::to_string(iif)},
+                {fmt::to_string(iif), name, hex(object.flags), fmt::to_string(object.vrf),
+                 fmt::to_string(object.urpf_mode), fmt::to_string(object.intf_class),
+                 fmt::to_string(object.ipmc_intf), fmt::to_string(object.qos_map)}};
+        if (!name.empty()) {
+            row.keys.push_back(name);
+        }
+        table.rows.push_back(std::move(row));
+    }
+    return table;
+}
+
+Table egress_table(const Scene &scene)
+{
+    Table table{"egress objects",
+                "egress",
+                {{"EGRESS", true},
+                 {"IIF", true},
+                 {"INTERFACE"},
+                 {"MAC"},
+                 {"VLAN", true},
+                 {"PORT"},
+                 {"TRUNK"},
+                 {"FLAGS"}},
+                {},
+                scene.interface_names()};
+    for (const auto &[id, object] : scene.hardware.chip.egresses.all()) {
+        const std::string name = Scene::name(scene.iifs, object.interface);
+        const bool generic = object.port > chip::LAST_PORT;
+        Row row{{fmt::to_string(id)},
+                {fmt::to_string(id), fmt::to_string(object.interface), name, chip::text(object.mac),
+                 fmt::to_string(object.vlan),
+                 generic ? scene.gport_text(object.port) : scene.port_text(object.port),
+                 Scene::name(scene.trunks, object.trunk), hex(object.flags)}};
+        if (!name.empty()) {
+            row.keys.push_back(name);
+        }
+        table.rows.push_back(std::move(row));
+    }
+    return table;
+}
+
+Table route_table(const Scene &scene)
+{
+    Table table{"routes",
+                "route",
+                {{"VRF", true}, {"PREFIX"}, {"NEXT-HOP", true}, {"INTERFACE"}, {"FLAGS"}},
+                {},
+                {}};
+    const chip::Chip &chip = scene.hardware.chip;
+    for (const auto &[key, route] : chip.routes.all()) {
+        // "vrf 1 0.0.0.0/0"
+        const std::string text = chip::text(key);
+        const std::string prefix = text.substr(text.rfind(' ') + 1);
+        const chip::Egress *egress = route.multipath ? nullptr : chip.egresses.find(route.next_hop);
+        table.rows.push_back({{prefix},
+                              {fmt::to_string(key.vrf), prefix, fmt::to_string(route.next_hop),
+                               egress == nullptr ? "" : Scene::name(scene.iifs, egress->interface),
+                               hex(route.flags)}});
+    }
+    return table;
+}
+
+} // namespace lab::session

@@ -1,0 +1,33 @@
+/*
+ * session.cpp: see session.h.
+ */
+#include "session/session.h"
+
+#include "session/errors.h"
+#include "session/verbs.h"
+#include "session/words.h"
+
+#include <fmt/format.h>
+
+#include <iterator>
+
+namespace lab::session
+{
+
+Outcome Session::execute(std::string_view line)
+{
+    const Words words = split(line);
+    if (words.empty()) {
+        return {};
+    }
+    const Verb &command = verb(words.front());
+    const Words arguments(std::next(words.begin()), words.end());
+    if (arguments.size() < command.min || arguments.size() > command.max) {
+        throw UsageError(fmt::format("{} arguments: {}",
+                                     arguments.size() < command.min ? "missing" : "too many",
+                                     command.usage));
+    }
+    return command.run(state_, arguments);
+}
+
+} // namespace lab::session

@@ -1,0 +1,63 @@
+/*
+ * state.h: all that a session has at hand when a command runs: the switch, the
+ * layer above, the configuration that is up, what the last command did.
+ *
+ * The commands (interface_verbs.h, address_verbs.h, session_verbs.h) work on it;
+ * session.h owns it.
+ */
+#pragma once
+
+#include "config/description.h"
+#include "l3lif/layer.h"
+#include "session/last_request.h"
+#include "session/scene.h"
+#include "session/table.h"
+
+#include "switch.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lab::session
+{
+
+/** What a command came to. */
+struct Outcome {
+    std::string summary;    ///< one line: "done, 45 calls"
+    std::string shown = {}; ///< what it shows, with its line ends
+    bool refused = false;   ///< the library refused something
+    bool asked = false;     ///< it asked the library for something: a new last request
+    bool looked = false;    ///< it looked at the last request's code or messages
+    bool quit = false;      ///< the session ends
+};
+
+/** A session's state. */
+struct State {
+    simswitch::Switch &hardware;
+    std::filesystem::path state_dir = {}; ///< folder of the persistent store; empty: in memory
+    std::filesystem::path folder = {};    ///< what relative paths of files start from
+    Width width = 0;                      ///< of the terminal; 0 for none
+    l3lif::Layer layer{hardware};
+    std::optional<config::Description> config = {}; ///< once one is up
+    LastRequest last = {};
+
+    /** The switch with the names of its numbers, as it is now. */
+    Scene scene() const;
+    /** The names of the interfaces that can be added and deleted. */
+    std::vector<std::string> interface_names() const;
+    /** An interface by its name. @throws UsageError for an unknown one, with the nearest */
+    l3lif::Interface &interface(std::string_view name) const;
+    /** A VLAN of the configuration, by number or name. @throws UsageError for an unknown one */
+    std::uint16_t vlan(std::string_view word) const;
+    /** Keeps what a command asked as the last request, and tells how it went. */
+    Outcome finish(const std::string &command, std::vector<Step> steps);
+};
+
+/** Reads a MAC. @throws UsageError for anything else, and for a group address */
+config::Mac parse_mac(std::string_view word);
+
+} // namespace lab::session

@@ -1,0 +1,89 @@
+/*
+ * verbs.cpp: see verbs.h.
+ */
+#include "session/verbs.h"
+
+#include "session/errors.h"
+#include "session/nearest.h"
+
+#include <algorithm>
+#include <array>
+
+namespace lab::session
+{
+
+namespace
+{
+
+constexpr std::array VERBS = {
+    Verb{"up", "up FILE", "reads a configuration and brings all of it up", 1, 1, run_up},
+    Verb{"add", "add NAME", "brings an interface up; one that is up is programmed again in place",
+         1, 1, run_add},
+    Verb{"del", "del NAME [keep]",
+         "takes an interface down for good, or with its record and number kept", 1, 2, run_del},
+    Verb{"set", "set NAME PROPERTY VALUE", "changes a property of an interface", 3, 3, run_set},
+    Verb{"get", "get NAME PROPERTY", "reads a property back from the library", 2, 2, run_get},
+    Verb{"ipv6", "ipv6 on|off", "switches IPv6 of the whole switch", 1, 1, run_ipv6},
+    Verb{"disable", "disable NAME",
+         "stops an interface from routing; the next set brings routing back", 1, 1, run_disable},
+    Verb{"rmac", "rmac add|del MAC", "installs or removes a router MAC", 2, 2, run_rmac},
+    Verb{"vmac", "vmac add|del NAME MAC", "installs or removes a virtual MAC of an interface", 3, 3,
+         run_vmac},
+    Verb{"pvlan", "pvlan add|del VLAN VLAN", "makes or ends a private-VLAN pair, the primary first",
+         3, 3, run_pvlan},
+    Verb{"fail", "fail FUNCTION [N|always] CODE | fail off",
+         "makes the next, the N-th or each call of a function of the platform fail", 1, 3,
+         run_fail},
+    Verb{"show", "show TABLE [KEY]", "shows what the chip holds, or the calls of the last command",
+         1, 2, run_show},
+    Verb{"expect", "expect [no] WHAT …", "checks something; a script fails when it isn't so", 1,
+         ANY_NUMBER, run_expect},
+    Verb{"save", "save", "writes out what waits, and tells what is stored (--state)", 0, 0,
+         run_save},
+    Verb{"help", "help [COMMAND]", "lists the commands, or tells of one", 0, 1, run_help},
+    Verb{"quit", "quit", "ends the session", 0, 0, run_quit},
+};
+
+} // namespace
+
+std::span<const Verb> verbs()
+{
+    return VERBS;
+}
+
+std::vector<std::string> verb_names()
+{
+    std::vector<std::string> names;
+    for (const Verb &known : VERBS) {
+        names.emplace_back(known.name);
+    }
+    return names;
+}
+
+const Verb &verb(std::string_view name)
+{
+    const auto *found = std::find_if(VERBS.begin(), VERBS.end(),
+                                     [name](const Verb &known) { return known.name == name; });
+    if (found == VERBS.end()) {
+        throw UsageError(unknown("command", name, verb_names()));
+    }
+    return *found;
+}
+
+bool adds(const Words &words)
+{
+    if (words.front() != "add" && words.front() != "del") {
+        throw UsageError(unknown("word", words.front(), {"add", "del"}) + " (add or del)");
+    }
+    return words.front() == "add";
+}
+
+bool is_on(std::string_view word)
+{
+    if (word != "on" && word != "off") {
+        throw UsageError(unknown("word", word, {"on", "off"}) + " (on or off)");
+    }
+    return word == "on";
+}
+
+} // namespace lab::session

@@ -1,0 +1,75 @@
+/*
+ * verbs.h: the commands of a session: their names, what stands behind them, and
+ * the functions that do them.
+ *
+ * interface_verbs.cpp has those on interfaces, address_verbs.cpp router MACs,
+ * virtual MACs and private-VLAN pairs, session_verbs.cpp all others.
+ */
+#pragma once
+
+#include "session/state.h"
+#include "session/words.h"
+
+#include <cstddef>
+#include <limits>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lab::session
+{
+
+/** As many arguments as one likes. */
+inline constexpr std::size_t ANY_NUMBER = std::numeric_limits<std::size_t>::max();
+
+/** A command. */
+struct Verb {
+    std::string_view name;
+    std::string_view usage; ///< "del NAME [keep]"
+    std::string_view help;  ///< what it does, a sentence without a full stop
+    std::size_t min;        ///< arguments at least
+    std::size_t max;        ///< arguments at most
+    /** Does it. @param words  the arguments, without the command's name */
+    Outcome (*run)(State &state, const Words &words);
+};
+
+/** All commands, in the order of help. */
+std::span<const Verb> verbs();
+
+/** Their names. */
+std::vector<std::string> verb_names();
+
+/** The command of a name. @throws UsageError for an unknown one, with the nearest */
+const Verb &verb(std::string_view name);
+
+// On interfaces. All throw UsageError and Impossible.
+Outcome run_up(State &state, const Words &words);
+Outcome run_add(State &state, const Words &words);
+Outcome run_del(State &state, const Words &words);
+Outcome run_set(State &state, const Words &words);
+Outcome run_get(State &state, const Words &words);
+Outcome run_disable(State &state, const Words &words);
+// On addresses.
+Outcome run_rmac(State &state, const Words &words);
+Outcome run_vmac(State &state, const Words &words);
+Outcome run_pvlan(State &state, const Words &words);
+// All others; run_expect throws Unmet too.
+Outcome run_ipv6(State &state, const Words &words);
+Outcome run_fail(State &state, const Words &words);
+Outcome run_show(State &state, const Words &words);
+Outcome run_expect(State &state, const Words &words);
+Outcome run_save(State &state, const Words &words);
+Outcome run_quit(State &state, const Words &words);
+Outcome run_help(State &state, const Words &words);
+
+/** The words behind `show`. */
+std::vector<std::string> show_names();
+
+/** Whether the first argument adds (true) or deletes. @throws UsageError for any other word */
+bool adds(const Words &words);
+
+/** Whether a word is on (true) or off. @throws UsageError for any other word */
+bool is_on(std::string_view word);
+
+} // namespace lab::session

@@ -1,0 +1,109 @@
+/*
+ * session_complete_test.cpp: what may stand at the cursor of a session's line.
+ */
+#include "session/complete.h"
+#include "session_run.h"
+#include "up_run.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace lab_test
+{
+
+namespace
+{
+
+using Words = std::vector<std::string>;
+
+class SessionComplete : public SessionTest
+{
+protected:
+    Words after(const std::string &line) const
+    {
+        return lab::session::complete(session.state(), line).words;
+    }
+    std::string common(const std::string &line) const
+    {
+        return lab::session::complete(session.state(), line).common();
+    }
+};
+
+TEST_F(SessionComplete, CommandsStandFirst)
+{
+    EXPECT_EQ(after("s"), (Words{"save", "set", "show"}));
+    EXPECT_EQ(after("").size(), 16U);
+    EXPECT_EQ(after("help sh"), Words{"show"});
+    EXPECT_EQ(after("banana "), Words{});
+    EXPECT_EQ(after("show # p"), Words{});
+}
+
+TEST_F(SessionComplete, InterfacesAreThoseOfTheConfiguration)
+{
+    EXPECT_EQ(after("set "), Words{});
+    up();
+    EXPECT_EQ(after("set Eth"), (Words{"Ethernet0", "Ethernet4", "Ethernet4.10"}));
+    EXPECT_EQ(common("set Eth"), "ernet");
+    EXPECT_EQ(common("set Ethernet4"), "");
+    EXPECT_EQ(after("disable V"), Words{"Vlan100"});
+    EXPECT_EQ(after("vmac add M"), Words{"MuxTunnel0"});
+    EXPECT_EQ(after("del Ethernet0 "), Words{"keep"});
+    EXPECT_EQ(after("pvlan add "), (Words{"Vlan100", "Vlan101"}));
+}
+
+TEST_F(SessionComplete, PropertiesAndValuesFollow)
+{
+    up();
+    EXPECT_EQ(after("set Ethernet0 ip"), (Words{"ipv4", "ipv4-multicast", "ipv6", "ipv6-vrf"}));
+    EXPECT_EQ(after("get Ethernet0 u"), Words{"urpf"});
+    EXPECT_EQ(after("set Ethernet0 urpf "), (Words{"loose", "off", "strict"}));
+    EXPECT_EQ(after("set Ethernet0 ipv4 o"), (Words{"off", "on"}));
+    EXPECT_EQ(after("set Ethernet0 mtu "), Words{});
+    EXPECT_EQ(after("ipv6 "), (Words{"off", "on"}));
+}
+
+TEST_F(SessionComplete, FunctionsAndTables)
+{
+    EXPECT_EQ(after("fail bcm_trunk_g"), Words{"bcm_trunk_get"});
+    EXPECT_EQ(after("fail bcm_trunk_get a"), Words{"always"});
+    EXPECT_EQ(after("show p"), Words{"ports"});
+    EXPECT_EQ(after("show field 12"), (Words{"120", "123", "124", "125", "127"}));
+    EXPECT_EQ(after("rmac d"), Words{"del"});
+}
+
+TEST_F(SessionComplete, ExpectationsWordByWord)
+{
+    up();
+    EXPECT_EQ(after("expect c"), (Words{"call", "code"}));
+    EXPECT_EQ(after("expect no vl"), Words{"vlan"});
+    EXPECT_EQ(after("expect no vlan Vl"), (Words{"Vlan100", "Vlan101"}));
+    EXPECT_EQ(after("expect vlan 100 fl"), Words{"flags"});
+    EXPECT_EQ(after("expect vlan 100 flags "), (Words{"!=", "="}));
+    EXPECT_EQ(after("expect port Ethernet0 c"), Words{"control"});
+    EXPECT_EQ(after("expect station co"), Words{"count"});
+    EXPECT_EQ(after("expect call bcm_trunk_g"), Words{"bcm_trunk_get"});
+    EXPECT_EQ(after("expect code "), (Words{"!=", "="}));
+}
+
+TEST_F(SessionComplete, FilesAreThoseOfTheFolder)
+{
+    const Folder folder;
+    std::ofstream(folder.path / "one.json");
+    std::ofstream(folder.path / "one two.json");
+    std::ofstream(folder.path / ".hidden");
+    std::ofstream(folder.path / "bad\x1b[2J");
+    std::filesystem::create_directory(folder.path / "sub");
+    const std::string path = folder.path.string() + "/";
+    EXPECT_EQ(after("up " + path),
+              (Words{path + "one two.json", path + "one.json", path + "sub/"}));
+    EXPECT_EQ(after("up " + path + "."), Words{path + ".hidden"});
+    EXPECT_EQ(after("up \"" + path + "one t"), Words{path + "one two.json"});
+    EXPECT_EQ(after("up /nowhere/"), Words{});
+}
+
+} // namespace
+
+} // namespace lab_test

@@ -1,0 +1,139 @@
+/*
+ * session_terminal_test.cpp: `rtif shell` at a terminal: completion, history,
+ * the keys that drop a line and end the session.
+ */
+#include "session_run.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <poll.h>
+#include <pty.h>
+#include <string>
+#include <string_view>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace lab_test
+{
+
+namespace
+{
+
+constexpr auto PATIENCE = std::chrono::seconds(60);
+
+/** A shell of rtif on a terminal of its own. */
+class TerminalShell
+{
+public:
+    TerminalShell()
+    {
+        winsize size = {.ws_row = 40, .ws_col = 100, .ws_xpixel = 0, .ws_ypixel = 0};
+        process_ = forkpty(&terminal_, nullptr, nullptr, &size);
+        if (process_ == 0) {
+            setenv("TERM", "vt100", 1);
+            const bool there = chdir(EXAMPLES.c_str()) == 0;
+            execl(RTIFHAL_RTIF, "rtif", "shell", static_cast<char *>(nullptr));
+            _exit(there ? 126 : 127);
+        }
+    }
+    ~TerminalShell()
+    {
+        close(terminal_);
+        if (process_ > 0) {
+            kill(process_, SIGKILL);
+            waitpid(process_, nullptr, 0);
+        }
+    }
+    TerminalShell(const TerminalShell &) = delete;
+    TerminalShell &operator=(const TerminalShell &) = delete;
+
+    /** Types; what was printed before is forgotten. */
+    void type(std::string_view keys)
+    {
+        printed_.clear();
+        EXPECT_EQ(write(terminal_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    }
+    /** Waits until a text is printed. */
+    bool prints(std::string_view text)
+    {
+        const auto end = std::chrono::steady_clock::now() + PATIENCE;
+        while (printed_.find(text) == std::string::npos) {
+            if (std::chrono::steady_clock::now() > end || !read_some()) {
+                return false;
+            }
+        }
+        return true;
+    }
+    /** Waits for its end; its exit code. */
+    int exit_code()
+    {
+        while (read_some()) {
+        }
+        int status = -1;
+        waitpid(process_, &status, 0);
+        process_ = 0;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    const std::string &printed() const { return printed_; }
+
+private:
+    bool read_some()
+    {
+        pollfd ready = {terminal_, POLLIN, 0};
+        if (poll(&ready, 1, 1000) == 0) {
+            return true;
+        }
+        std::array<char, 4096> buffer{};
+        const ssize_t length = read(terminal_, buffer.data(), buffer.size());
+        if (length > 0) {
+            printed_.append(buffer.data(), static_cast<std::size_t>(length));
+        }
+        return length > 0;
+    }
+
+    int terminal_ = -1;
+    pid_t process_ = -1;
+    std::string printed_;
+};
+
+TEST(SessionTerminal, CompletesRemembersAndEnds)
+{
+    TerminalShell shell;
+    ASSERT_TRUE(shell.prints("rtif> ")) << shell.printed();
+    shell.type("up kin\t\r");
+    ASSERT_TRUE(shell.prints("7 of 7 interfaces up")) << shell.printed();
+    ASSERT_TRUE(shell.prints("rtif> "));
+    // Several candidates are listed, one is put in.
+    shell.type("set Ethernet\t");
+    ASSERT_TRUE(shell.prints("Ethernet4.10")) << shell.printed();
+    shell.type("0 mt\t4000\r");
+    ASSERT_TRUE(shell.prints("done, 29 calls")) << shell.printed();
+    ASSERT_TRUE(shell.prints("rtif> "));
+    // The last line again, by the arrow key.
+    shell.type("\x1b[A\r");
+    ASSERT_TRUE(shell.prints("done, 29 calls")) << shell.printed();
+    ASSERT_TRUE(shell.prints("rtif> "));
+    // An error doesn't end it.
+    shell.type("shwo\r");
+    ASSERT_TRUE(shell.prints("did you mean 'show'?")) << shell.printed();
+    ASSERT_TRUE(shell.prints("rtif> "));
+    // Ctrl-C drops what was typed: what follows is a line of its own.
+    shell.type("banana");
+    ASSERT_TRUE(shell.prints("banana"));
+    shell.type("\x03");
+    ASSERT_TRUE(shell.prints("^C")) << shell.printed();
+    ASSERT_TRUE(shell.prints("rtif> "));
+    shell.type("expect interface Ethernet0 mtu = 4000\r");
+    ASSERT_TRUE(shell.prints("as expected")) << shell.printed();
+    ASSERT_TRUE(shell.prints("rtif> "));
+    shell.type("\x04");
+    EXPECT_EQ(shell.exit_code(), 0);
+}
+
+} // namespace
+
+} // namespace lab_test
