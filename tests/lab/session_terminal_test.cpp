@@ -15,6 +15,8 @@
 #include <string>
 #include <string_view>
 #include <sys/wait.h>
+#include <termios.h>
+#include <thread>
 #include <unistd.h>
 
 namespace lab_test
@@ -57,16 +59,31 @@ public:
         printed_.clear();
         EXPECT_EQ(write(terminal_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
     }
-    /** Waits until a text is printed. */
+    /** Waits until a text is printed, behind what was waited for before. */
     bool prints(std::string_view text)
     {
         const auto end = std::chrono::steady_clock::now() + PATIENCE;
-        while (printed_.find(text) == std::string::npos) {
+        std::size_t place = printed_.find(text);
+        while (place == std::string::npos) {
             if (std::chrono::steady_clock::now() > end || !read_some()) {
                 return false;
             }
+            place = printed_.find(text);
         }
+        printed_.erase(0, place + text.size());
         return true;
+    }
+    /** Waits until it takes keys one by one: what is typed before that isn't edited. */
+    bool at_prompt()
+    {
+        if (!prints("rtif> ")) {
+            return false;
+        }
+        const auto end = std::chrono::steady_clock::now() + PATIENCE;
+        while (takes_lines() && std::chrono::steady_clock::now() < end) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return !takes_lines();
     }
     /** Waits for its end; its exit code. */
     int exit_code()
@@ -81,6 +98,11 @@ public:
     const std::string &printed() const { return printed_; }
 
 private:
+    bool takes_lines() const
+    {
+        termios mode = {};
+        return tcgetattr(terminal_, &mode) != 0 || (mode.c_lflag & ICANON) != 0;
+    }
     bool read_some()
     {
         pollfd ready = {terminal_, POLLIN, 0};
@@ -103,33 +125,33 @@ private:
 TEST(SessionTerminal, CompletesRemembersAndEnds)
 {
     TerminalShell shell;
-    ASSERT_TRUE(shell.prints("rtif> ")) << shell.printed();
+    ASSERT_TRUE(shell.at_prompt()) << shell.printed();
     shell.type("up kin\t\r");
     ASSERT_TRUE(shell.prints("7 of 7 interfaces up")) << shell.printed();
-    ASSERT_TRUE(shell.prints("rtif> "));
+    ASSERT_TRUE(shell.at_prompt()) << shell.printed();
     // Several candidates are listed, one is put in.
     shell.type("set Ethernet\t");
     ASSERT_TRUE(shell.prints("Ethernet4.10")) << shell.printed();
     shell.type("0 mt\t4000\r");
     ASSERT_TRUE(shell.prints("done, 29 calls")) << shell.printed();
-    ASSERT_TRUE(shell.prints("rtif> "));
+    ASSERT_TRUE(shell.at_prompt()) << shell.printed();
     // The last line again, by the arrow key.
     shell.type("\x1b[A\r");
     ASSERT_TRUE(shell.prints("done, 29 calls")) << shell.printed();
-    ASSERT_TRUE(shell.prints("rtif> "));
+    ASSERT_TRUE(shell.at_prompt()) << shell.printed();
     // An error doesn't end it.
     shell.type("shwo\r");
     ASSERT_TRUE(shell.prints("did you mean 'show'?")) << shell.printed();
-    ASSERT_TRUE(shell.prints("rtif> "));
+    ASSERT_TRUE(shell.at_prompt()) << shell.printed();
     // Ctrl-C drops what was typed: what follows is a line of its own.
     shell.type("banana");
     ASSERT_TRUE(shell.prints("banana"));
     shell.type("\x03");
     ASSERT_TRUE(shell.prints("^C")) << shell.printed();
-    ASSERT_TRUE(shell.prints("rtif> "));
+    ASSERT_TRUE(shell.at_prompt()) << shell.printed();
     shell.type("expect interface Ethernet0 mtu = 4000\r");
     ASSERT_TRUE(shell.prints("as expected")) << shell.printed();
-    ASSERT_TRUE(shell.prints("rtif> "));
+    ASSERT_TRUE(shell.at_prompt()) << shell.printed();
     shell.type("\x04");
     EXPECT_EQ(shell.exit_code(), 0);
 }
