@@ -50,8 +50,8 @@ void forget_earlier_run(simswitch::Switch &hardware, const UpOptions &options,
                         std::vector<std::string> &notes)
 {
     const auto stored = hardware.store.stored_interfaces();
-    for (const auto &interface : stored) {
-        hardware.store.delete_interface(interface.ifindex);
+    if (!options.state_dir.empty()) {
+        hardware.power_cycle();
     }
     if (!stored.empty()) {
         notes.push_back(
