@@ -61,8 +61,8 @@ void make_platform_groups(chip::Chip &chip)
 
 } // namespace
 
-// cppcheck-suppress passedByValue  // a record of settings, made in place by most callers
-Switch::Switch(Options options)
+// NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)  // the folder has its owner
+Switch::Switch(const Options &options)
     : folder_(take_folder(options.state_dir)), chip(options.chip, options.limits), wrappers(chip),
       store(open_store(folder_.get()))
 {

@@ -47,7 +47,7 @@ public:
      * @throws state::Error when the state folder can't be used: it is damaged, in use by another
      *         process, of another chip, or can't be written; what and what to do is in its text
      */
-    explicit Switch(Options options = {});
+    explicit Switch(const Options &options = {});
     ~Switch();
     Switch(const Switch &) = delete;
     Switch &operator=(const Switch &) = delete;

@@ -8,7 +8,7 @@
  */
 #include "support/setter_roads.h"
 
-#include <fwm/globals.h>
+#include <fwm/state.h>
 #include <fwmpd/l3_cache.h>
 
 #include <fmt/format.h>

@@ -8,7 +8,10 @@
 
 #include <fwmpd/platform.h>
 
+#include <fmt/format.h>
 #include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace simswitch
 {

@@ -12,7 +12,10 @@
 #include <sdk/vlan.h>
 
 #include <csignal>
+#include <fmt/format.h>
 #include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -204,7 +207,7 @@ TEST(StateFolder, FullDiskKeepsTheLastGoodMoment)
     });
     EXPECT_THAT(said, AllOf(HasSubstr("chip.db: can't be read or written"),
                             HasSubstr("File too large"), HasSubstr("keeps the moment before")));
-    const int failed_at = std::atoi(said.c_str());
+    const int failed_at = std::stoi(said);
     ASSERT_GT(failed_at, 1) << said;
     Switch found({.state_dir = dir.path()});
     EXPECT_EQ(found.chip.switch_controls.all().size(), static_cast<std::size_t>(failed_at) - 1);

@@ -19,6 +19,10 @@
 #include <sdk/trunk.h>
 #include <sdk/vlan.h>
 
+#include <algorithm>
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
 namespace simswitch
 {
 
@@ -40,8 +44,8 @@ bcm_pbmp_t only(int port)
     return ports;
 }
 
-/** Calls of every kind, each a step: at once, queued, flushed, cached, stored. */
-std::vector<Step> road()
+/** A port becomes routed: at once, queued, flushed, cached. */
+std::vector<Step> routed_port()
 {
     return {
         [] { bcm_vlan_create(0, VLAN); },
@@ -75,6 +79,13 @@ std::vector<Step> road()
                                             *fwmpd_bcm_vlan_control_vlan_get_from_cache(VLAN));
         },
         [] { fwmpd_trident_batch_flush(); },
+    };
+}
+
+/** Writes of all other kinds: the host's maps, the L2 side, field entries, the store. */
+std::vector<Step> others()
+{
+    return {
         [] { fwmpd_bcm_switch_control_set(0, 230, 1); },
         [] { bcm_switch_control_set(0, 232, 1); },
         [] {
@@ -106,6 +117,14 @@ std::vector<Step> road()
         [] { Switch::current().end_request(); },
         [] { rtifhal_pss_l3port_delete(g_fwm_pss_context, 1, 0x10000000); },
     };
+}
+
+std::vector<Step> road()
+{
+    std::vector<Step> steps = routed_port();
+    const std::vector<Step> more = others();
+    steps.insert(steps.end(), more.begin(), more.end());
+    return steps;
 }
 
 /** What a process leaves that took so many steps: the SDK's copies of rules and what waits in the

@@ -11,6 +11,8 @@
 #include <fwmpd/wrappers.h>
 #include <sdk/l3.h>
 
+#include <gtest/gtest.h>
+
 namespace simswitch
 {
 
@@ -118,10 +120,7 @@ TEST_F(StateTables, WhatIsRemovedStaysAway)
     fill(sw->chip);
     reopen();
     chip::Chip &chip = sw->chip;
-    chip.for_each_table([](const char *, auto &table) {
-        const auto entries = table.all();
-        EXPECT_FALSE(entries.empty());
-    });
+    chip.for_each_table([](const char *, auto &table) { EXPECT_FALSE(table.all().empty()); });
     chip.tunnels.remove(8191);
     chip.field_entries.remove(chip::FIRST_FIELD_ENTRY);
     chip.field_entries.remove(248);
