@@ -34,26 +34,89 @@ void reset_platform_data(void *store_context)
     std::fill_n(l3lif_global_data, services::LAYER_DATA_BYTES, std::uint8_t{0});
 }
 
+/** Takes the state folder, if there is to be one. */
+std::unique_ptr<state::Folder> take_folder(const std::filesystem::path &path)
+{
+    return path.empty() ? nullptr : std::make_unique<state::Folder>(path);
+}
+
+/** Opens the store; what SQLite refuses is told as the folder's failure. */
+services::Store open_store(state::Folder *folder)
+{
+    if (folder == nullptr) {
+        return services::Store();
+    }
+    try {
+        return services::Store(folder);
+    } catch (const services::sqlite::Error &error) {
+        throw folder->unusable(error);
+    }
+}
+
+/** The platform makes this group itself, and leaves it off. */
+void make_platform_groups(chip::Chip &chip)
+{
+    chip.field_groups.create(chip::ND_GROUP, {.enabled = false});
+}
+
 } // namespace
 
-// cppcheck-suppress passedByValue  // the name of the folder is moved out of it
-Switch::Switch(Options options)
-    : chip(options.chip, options.limits), wrappers(chip), store(std::move(options.state_dir)),
-      previous_(std::exchange(latest, this))
+// NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)  // the folder has its owner
+Switch::Switch(const Options &options)
+    : folder_(take_folder(options.state_dir)), chip(options.chip, options.limits), wrappers(chip),
+      store(open_store(folder_.get()))
 {
+    make_platform_groups(chip);
+    if (folder_) {
+        open_state();
+    }
+    // From here on nothing fails, and the platform's functions may find this switch.
+    previous_ = std::exchange(latest, this);
     reset_platform_data(store.context());
-    // The platform makes this group itself, and leaves it off.
-    chip.field_groups.create(chip::ND_GROUP, {.enabled = false});
 }
 
 Switch::~Switch()
 {
+    save();
     Switch **place = &latest;
     while (*place != this) {
         place = &(*place)->previous_;
     }
     *place = previous_;
     g_fwm_pss_context = latest == nullptr ? nullptr : latest->store.context();
+}
+
+void Switch::open_state()
+{
+    try {
+        chip_file_ = std::make_unique<state::ChipFile>(*folder_, chip, wrappers, host);
+    } catch (const services::sqlite::Error &error) {
+        throw folder_->unusable(error);
+    }
+    wrappers.after_host_writes([this] { save(); });
+    if (chip_file_->is_new()) {
+        power_cycle();
+    }
+    if (!state_error().empty()) {
+        throw state::Error(state_error());
+    }
+}
+
+const std::string &Switch::state_error() const
+{
+    static const std::string none;
+    return folder_ ? folder_->failure() : none;
+}
+
+void Switch::power_cycle()
+{
+    store.clear();
+    chip.power_cycle();
+    make_platform_groups(chip);
+    wrappers.power_cycle();
+    host.clear_trunk_ids();
+    host.vlans.clear();
+    save();
 }
 
 Switch &Switch::current()

@@ -44,7 +44,8 @@ void add_switch_options(CLI::App &command, Parsed &parsed)
         ->check(CLI::IsMember(CHIPS))
         ->type_name("KIND")
         ->capture_default_str();
-    command.add_option("--state", parsed.state_dir, "Keeps the persistent store in this folder")
+    command
+        .add_option("--state", parsed.state_dir, "Keeps chip and persistent store in this folder")
         ->type_name("DIR");
 }
 

@@ -19,7 +19,7 @@ namespace lab::commands
 struct RunOptions {
     std::string script = {}; ///< its path, "-" for the standard input
     simswitch::chip::Kind chip = simswitch::chip::Kind::trident;
-    std::filesystem::path state_dir = {}; ///< folder of the persistent store; empty: in memory
+    std::filesystem::path state_dir = {}; ///< folder of chip and store; empty: in memory
     bool quiet = false;                   ///< only failures are told
 };
 

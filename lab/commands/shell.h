@@ -16,7 +16,7 @@ namespace lab::commands
 /** What the user asked for. */
 struct ShellOptions {
     simswitch::chip::Kind chip = simswitch::chip::Kind::trident;
-    std::filesystem::path state_dir = {}; ///< folder of the persistent store; empty: in memory
+    std::filesystem::path state_dir = {}; ///< folder of chip and store; empty: in memory
 };
 
 /**

@@ -143,7 +143,9 @@ int up_on(simswitch::Switch &hardware, const UpOptions &options, std::ostream &o
     result.chip = hardware.chip.kind() == simswitch::chip::Kind::trident2 ? "Trident2" : "Trident";
     result.skipped = config.skipped;
     result.notes = config.notes;
-    l3lif::forget_earlier_run(hardware, options.state_dir, result.notes);
+    for (auto &note : l3lif::forget_earlier_run(hardware, options.state_dir)) {
+        result.notes.push_back(std::move(note));
+    }
 
     const l3lif::Moment before = l3lif::look(hardware);
     l3lif::Layer layer(hardware);
@@ -160,6 +162,7 @@ int up_on(simswitch::Switch &hardware, const UpOptions &options, std::ostream &o
     } else {
         report::print_table(result, options.view, out);
     }
+    l3lif::check_state(hardware);
     return result.ok() ? 0 : 1;
 }
 

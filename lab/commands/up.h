@@ -18,7 +18,7 @@ namespace lab::commands
 struct UpOptions {
     std::filesystem::path config = {};
     simswitch::chip::Kind chip = simswitch::chip::Kind::trident;
-    std::filesystem::path state_dir = {}; ///< folder of the persistent store; empty: in memory
+    std::filesystem::path state_dir = {}; ///< folder of chip and store; empty: in memory
     bool json = false;
     bool then_down = false; ///< takes everything down again and compares
     report::View view = {};

@@ -7,22 +7,32 @@
 
 #include <fmt/format.h>
 
+#include <stdexcept>
 #include <utility>
 
 namespace lab::l3lif
 {
 
-void forget_earlier_run(simswitch::Switch &hardware, const std::filesystem::path &state_dir,
-                        std::vector<std::string> &notes)
+std::vector<std::string> forget_earlier_run(simswitch::Switch &hardware,
+                                            const std::filesystem::path &state_dir)
 {
-    const auto stored = hardware.store.stored_interfaces();
-    for (const auto &interface : stored) {
-        hardware.store.delete_interface(interface.ifindex);
+    if (state_dir.empty()) {
+        return {};
     }
-    if (!stored.empty()) {
-        notes.push_back(
-            fmt::format("{}: {} interfaces of an earlier run are dropped from the store",
-                        state_dir.string(), stored.size()));
+    const std::size_t stored = hardware.store.stored_interfaces().size();
+    hardware.power_cycle();
+    check_state(hardware);
+    if (stored == 0) {
+        return {};
+    }
+    return {fmt::format("{}: {} interfaces of an earlier run are dropped from the store",
+                        state_dir.string(), stored)};
+}
+
+void check_state(const simswitch::Switch &hardware)
+{
+    if (!hardware.state_error().empty()) {
+        throw std::runtime_error(hardware.state_error());
     }
 }
 

@@ -18,14 +18,17 @@ namespace lab::l3lif
 {
 
 /**
- * Drops what an earlier run has stored: an ordinary start finds the switch
- * empty.
+ * Drops what an earlier run has left in the state folder: an ordinary start
+ * finds chip and store as after power-on.
  *
- * @param state_dir  folder of the store, for the note
- * @param notes      gets a line when there was something
+ * @param state_dir  the folder; empty: nothing is done
+ * @return a note when there was something, else nothing
  */
-void forget_earlier_run(simswitch::Switch &hardware, const std::filesystem::path &state_dir,
-                        std::vector<std::string> &notes);
+std::vector<std::string> forget_earlier_run(simswitch::Switch &hardware,
+                                            const std::filesystem::path &state_dir);
+
+/** @throws std::runtime_error when the state folder has taken nothing more, with why */
+void check_state(const simswitch::Switch &hardware);
 
 /** Brings everything up. */
 void bring_all_up(const config::Description &config, Layer &layer);

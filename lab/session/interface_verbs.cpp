@@ -59,7 +59,8 @@ Outcome run_up(State &state, const Words &words)
         throw Impossible(error.what());
     }
     std::vector<std::string> notes = state.config->notes;
-    l3lif::forget_earlier_run(state.hardware, state.state_dir, notes);
+    notes.insert(notes.end(), state.notes.begin(), state.notes.end());
+    state.notes.clear();
     l3lif::bring_all_up(*state.config, state.layer);
 
     std::vector<Step> steps;

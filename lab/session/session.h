@@ -8,6 +8,7 @@
  */
 #pragma once
 
+#include "l3lif/bring_up.h"
 #include "session/state.h"
 
 #include "switch.h"
@@ -24,13 +25,14 @@ class Session
 public:
     /**
      * @param hardware   the switch; must outlive this
-     * @param state_dir  folder of its persistent store; empty: in memory
+     * @param state_dir  its state folder, in which an earlier run is forgotten; empty: in memory
      * @param folder     what relative paths of files start from; empty: the process's own
      */
     explicit Session(simswitch::Switch &hardware, const std::filesystem::path &state_dir = {},
                      const std::filesystem::path &folder = {})
         : state_{hardware, state_dir, folder}
     {
+        state_.notes = l3lif::forget_earlier_run(hardware, state_dir);
     }
 
     /**

@@ -140,6 +140,9 @@ Outcome State::finish(const std::string &command, std::vector<Step> steps)
     for (const std::string &error : last.errors()) {
         outcome.shown += fmt::format("    {}\n", error);
     }
+    if (!hardware.state_error().empty()) {
+        throw Impossible(hardware.state_error());
+    }
     return outcome;
 }
 

@@ -38,12 +38,13 @@ struct Outcome {
 /** A session's state. */
 struct State {
     simswitch::Switch &hardware;
-    std::filesystem::path state_dir = {}; ///< folder of the persistent store; empty: in memory
+    std::filesystem::path state_dir = {}; ///< folder of chip and store; empty: in memory
     std::filesystem::path folder = {};    ///< what relative paths of files start from
     Width width = 0;                      ///< of the terminal; 0 for none
     l3lif::Layer layer{hardware};
     std::optional<config::Description> config = {}; ///< once one is up
     LastRequest last = {};
+    std::vector<std::string> notes = {}; ///< what the start has to say, until it is told
 
     /** The switch with the names of its numbers, as it is now. */
     Scene scene() const;

@@ -77,6 +77,33 @@ public:
     SwitchControls switch_controls;
     Tunnels tunnels{limits_.tunnels, l3_interfaces};
 
+    /**
+     * Calls a function with the name and the table of each, "l3_interface" and
+     * l3_interfaces, a table before those whose entries name its own.
+     */
+    template <class Visitor> void for_each_table(Visitor visit)
+    {
+        visit("switch_control", switch_controls);
+        visit("port", ports);
+        visit("stg", stgs);
+        visit("vlan", vlans);
+        visit("station", stations);
+        visit("l3_interface", l3_interfaces);
+        visit("l3_ingress", l3_ingresses);
+        visit("vlan_translation", vlan_translations);
+        visit("trunk", trunks);
+        visit("egress", egresses);
+        visit("multipath_group", multipath_groups);
+        visit("route", routes);
+        visit("field_group", field_groups);
+        visit("field_entry", field_entries);
+        visit("tunnel", tunnels);
+    }
+    /** What the tables' own checks can't see: -7 for a VLAN in a group that doesn't exist. */
+    Outcome check() const;
+    /** Puts everything back to what it is after power-on, but for the count of writes. */
+    void power_cycle();
+
     /** Number of writes that the chip has taken since power-on; who writes counts. */
     std::uint64_t writes = 0;
 };

@@ -53,4 +53,15 @@ Outcome Egresses::set(int id, const Egress &egress)
     return {};
 }
 
+Outcome Egresses::restore(int id, const Egress &record)
+{
+    const int last = FIRST_EGRESS + static_cast<int>(limit_) - 1;
+    if (id < FIRST_EGRESS || id > last) {
+        return out_of_range(KIND, id, FIRST_EGRESS, last);
+    }
+    table_.put(id, record);
+    ids_.take(id);
+    return {};
+}
+
 } // namespace simswitch::chip

@@ -96,7 +96,7 @@ Outcome FieldEntries::remove(int id)
 
 Outcome FieldEntries::add_port_action(int id, int action, const PortSet &ports)
 {
-    FieldEntry *entry = table_.find(id);
+    FieldEntry *entry = table_.edit(id);
     if (entry == nullptr) {
         return unknown(KIND, id);
     }
@@ -109,7 +109,7 @@ Outcome FieldEntries::add_port_action(int id, int action, const PortSet &ports)
 
 Outcome FieldEntries::add_action(int id, int action)
 {
-    FieldEntry *entry = table_.find(id);
+    FieldEntry *entry = table_.edit(id);
     if (entry == nullptr) {
         return unknown(KIND, id);
     }
@@ -122,7 +122,7 @@ Outcome FieldEntries::add_action(int id, int action)
 
 Outcome FieldEntries::remove_action(int id, int action)
 {
-    FieldEntry *entry = table_.find(id);
+    FieldEntry *entry = table_.edit(id);
     if (entry == nullptr) {
         return unknown(KIND, id);
     }
@@ -134,7 +134,7 @@ Outcome FieldEntries::remove_action(int id, int action)
 
 Outcome FieldEntries::set_in_ports(int id, const InPorts &in_ports)
 {
-    FieldEntry *entry = table_.find(id);
+    FieldEntry *entry = table_.edit(id);
     if (entry == nullptr) {
         return unknown(KIND, id);
     }
@@ -144,7 +144,7 @@ Outcome FieldEntries::set_in_ports(int id, const InPorts &in_ports)
 
 Outcome FieldEntries::set_l3_routable(int id, bool routable)
 {
-    FieldEntry *entry = table_.find(id);
+    FieldEntry *entry = table_.edit(id);
     if (entry == nullptr) {
         return unknown(KIND, id);
     }
@@ -154,7 +154,7 @@ Outcome FieldEntries::set_l3_routable(int id, bool routable)
 
 Outcome FieldEntries::remove_qualifier(int id, int qualifier)
 {
-    FieldEntry *entry = table_.find(id);
+    FieldEntry *entry = table_.edit(id);
     if (entry == nullptr) {
         return unknown(KIND, id);
     }
@@ -171,7 +171,7 @@ Outcome FieldEntries::remove_qualifier(int id, int qualifier)
 
 Outcome FieldEntries::install(int id)
 {
-    FieldEntry *entry = table_.find(id);
+    FieldEntry *entry = table_.edit(id);
     if (entry == nullptr) {
         return unknown(KIND, id);
     }
@@ -220,6 +220,17 @@ void FieldEntries::boot(int region_size)
         table_.put(region_size - from_top,
                    FieldEntry{SUP_GROUP, redirect_from_front, redirect_from_front});
     }
+}
+
+Outcome FieldEntries::restore(int id, const FieldEntry &record)
+{
+    const int last = FIRST_FIELD_ENTRY + static_cast<int>(limit_) - 1;
+    if (id < 0 || id > last) {
+        return out_of_range(KIND, id, 0, last);
+    }
+    table_.put(id, record);
+    ids_.take(id);
+    return {};
 }
 
 } // namespace simswitch::chip

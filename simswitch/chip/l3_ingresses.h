@@ -52,6 +52,15 @@ public:
     std::size_t size() const { return table_.size(); }
     std::map<int, L3Ingress> all() const { return table_.all(); }
 
+    // For who keeps a copy of the table across a restart.
+
+    /** Empties the table, of what is there at boot too. */
+    void clear() { table_.clear(); }
+    /** Puts an entry of the copy in; a record that create or a setter would refuse is refused. */
+    Outcome restore(int id, const L3Ingress &record) { return create(id, record); }
+    /** Which entries were written. */
+    Changes<int> &changes() { return table_.changes(); }
+
 private:
     std::size_t limit_;
     Table<L3Ingress> table_;

@@ -77,7 +77,7 @@ Outcome L3Interfaces::set(int id, const L3Interface &interface)
 
 Outcome L3Interfaces::set_tunnel(int id, int tunnel)
 {
-    L3Interface *interface = table_.find(id);
+    L3Interface *interface = table_.edit(id);
     if (interface == nullptr) {
         return unknown(KIND, id);
     }

@@ -43,7 +43,29 @@ constexpr Limits TRIDENT2 = {
     .rule_region = 256,
 };
 
+constexpr LimitField FIELDS[] = {
+    {"stations", &Limits::stations},
+    {"l3_interfaces", &Limits::l3_interfaces},
+    {"l3_ingresses", &Limits::l3_ingresses},
+    {"vlans", &Limits::vlans},
+    {"stgs", &Limits::stgs},
+    {"vlan_translations", &Limits::vlan_translations},
+    {"trunks", &Limits::trunks},
+    {"egresses", &Limits::egresses},
+    {"multipath_groups", &Limits::multipath_groups},
+    {"routes", &Limits::routes},
+    {"tunnels", &Limits::tunnels},
+    {"field_groups", &Limits::field_groups},
+    {"field_entries", &Limits::field_entries},
+    {"rule_region", &Limits::rule_region},
+};
+
 } // namespace
+
+std::span<const LimitField> limit_fields()
+{
+    return FIELDS;
+}
 
 std::string_view kind_name(Kind kind)
 {
@@ -53,14 +75,7 @@ std::string_view kind_name(Kind kind)
 Limits sizes_of(Kind kind, Limits wanted)
 {
     const Limits &own = kind == Kind::trident2 ? TRIDENT2 : TRIDENT;
-    constexpr std::size_t Limits::*FIELDS[] = {
-        &Limits::stations,      &Limits::l3_interfaces, &Limits::l3_ingresses,
-        &Limits::vlans,         &Limits::stgs,          &Limits::vlan_translations,
-        &Limits::trunks,        &Limits::egresses,      &Limits::multipath_groups,
-        &Limits::routes,        &Limits::tunnels,       &Limits::field_groups,
-        &Limits::field_entries, &Limits::rule_region,
-    };
-    for (auto field : FIELDS) {
+    for (const auto &[name, field] : limit_fields()) {
         if (wanted.*field == 0) {
             wanted.*field = own.*field;
         }

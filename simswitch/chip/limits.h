@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string_view>
 
 namespace simswitch::chip
@@ -34,6 +35,15 @@ struct Limits {
 
     bool operator==(const Limits &) const = default;
 };
+
+/** A table size and its name, "stations". */
+struct LimitField {
+    const char *name;
+    std::size_t Limits::*field;
+};
+
+/** All table sizes, in their order. */
+std::span<const LimitField> limit_fields();
 
 /** Gives `wanted` with each 0 replaced by the kind's own size. */
 Limits sizes_of(Kind kind, Limits wanted = {});

@@ -53,6 +53,19 @@ public:
     std::size_t size() const { return table_.size(); }
     std::map<int, MultipathGroup> all() const { return table_.all(); }
 
+    // For who keeps a copy of the table across a restart.
+
+    /** Empties the table, of what is there at boot too. */
+    void clear()
+    {
+        table_.clear();
+        ids_.clear();
+    }
+    /** Puts an entry of the copy in; a record that create or a setter would refuse is refused. */
+    Outcome restore(int id, const MultipathGroup &record);
+    /** Which entries were written. */
+    Changes<int> &changes() { return table_.changes(); }
+
 private:
     Outcome check(const MultipathGroup &group) const;
 

@@ -152,6 +152,12 @@ Port Ports::get(int port) const
     return found != nullptr ? *found : Port{};
 }
 
+const Port *Ports::find(int port) const
+{
+    const Port *found = table_.find(port);
+    return found == nullptr || *found == Port{} ? nullptr : found;
+}
+
 int Ports::control(int port, int control) const
 {
     const Port *found = table_.find(port);
@@ -173,10 +179,28 @@ std::map<int, Port> Ports::all() const
 
 Port &Ports::touch(int port)
 {
-    if (Port *found = table_.find(port)) {
+    if (Port *found = table_.edit(port)) {
         return *found;
     }
     return table_.put(port, {});
+}
+
+Outcome Ports::restore(int id, const Port &record)
+{
+    Outcome outcome = check_untagged_vlan(id, record.untagged_vlan);
+    if (outcome.ok()) {
+        outcome = check_discard(id, record.discard);
+    }
+    for (const auto &[control, value] : record.controls) {
+        outcome = outcome.ok() ? check_control(id, control) : outcome;
+    }
+    for (const auto &[control, value] : record.vlan_controls) {
+        outcome = outcome.ok() ? check_vlan_control(id, control) : outcome;
+    }
+    if (outcome.ok()) {
+        table_.put(id, record);
+    }
+    return outcome;
 }
 
 } // namespace simswitch::chip

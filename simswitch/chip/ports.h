@@ -63,12 +63,23 @@ public:
 
     /** The port as it is; what it is at boot when it was never written to. */
     Port get(int port) const;
+    /** The port when it is not as it is at boot, else null. */
+    const Port *find(int port) const;
     /** The value of a control, 0 when it was never set. */
     int control(int port, int control) const;
     /** The value of a VLAN control, 0 when it was never set. */
     int vlan_control(int port, int control) const;
     /** The ports that are not as they are at boot. */
     std::map<int, Port> all() const;
+
+    // For who keeps a copy of the table across a restart.
+
+    /** Empties the table, of what is there at boot too. */
+    void clear() { table_.clear(); }
+    /** Puts an entry of the copy in; a record that create or a setter would refuse is refused. */
+    Outcome restore(int id, const Port &record);
+    /** Which entries were written. */
+    Changes<int> &changes() { return table_.changes(); }
 
 private:
     Port &touch(int port);

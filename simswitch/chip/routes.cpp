@@ -95,12 +95,14 @@ Outcome Routes::create(const RouteKey &key, const Route &route)
     if (table_.size() >= limit_) {
         return table_full("route", limit_);
     }
+    changes_.note(key);
     table_.emplace(key, route);
     return {};
 }
 
 Outcome Routes::remove(const RouteKey &key)
 {
+    changes_.note(key);
     if (table_.erase(key) == 0) {
         return {ERROR_NOT_FOUND, fmt::format("route {} does not exist", text(key))};
     }
@@ -116,6 +118,7 @@ Outcome Routes::set(const RouteKey &key, const Route &route)
     if (Outcome refused = check(route); !refused.ok()) {
         return refused;
     }
+    changes_.note(key);
     it->second = route;
     return {};
 }
@@ -134,6 +137,24 @@ Outcome Routes::check(const Route &route) const
     if (!route.multipath && egresses_.find(route.next_hop) == nullptr) {
         return unknown("egress object", route.next_hop);
     }
+    return {};
+}
+
+void Routes::clear()
+{
+    for (const auto &[key, record] : table_) {
+        changes_.note(key);
+    }
+    table_.clear();
+}
+
+Outcome Routes::restore(const RouteKey &id, const Route &record)
+{
+    if (table_.size() >= limit_) {
+        return table_full("route", limit_);
+    }
+    changes_.note(id);
+    table_.insert_or_assign(id, record);
     return {};
 }
 

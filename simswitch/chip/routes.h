@@ -68,6 +68,15 @@ public:
     std::size_t size() const { return table_.size(); }
     const std::map<RouteKey, Route> &all() const { return table_; }
 
+    // For who keeps a copy of the table across a restart.
+
+    /** Empties the table. */
+    void clear();
+    /** Puts an entry of the copy in; its next hop may have gone since. */
+    Outcome restore(const RouteKey &id, const Route &record);
+    /** Which entries were written. */
+    Changes<RouteKey> &changes() { return changes_; }
+
 private:
     Outcome check(const Route &route) const;
 
@@ -75,6 +84,7 @@ private:
     const Egresses &egresses_;
     const MultipathGroups &groups_;
     std::map<RouteKey, Route> table_;
+    Changes<RouteKey> changes_;
 };
 
 } // namespace simswitch::chip

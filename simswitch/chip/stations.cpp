@@ -89,4 +89,18 @@ std::optional<int> Stations::match(const Mac &mac, std::uint16_t vlan, int port)
     return first;
 }
 
+Outcome Stations::restore(int id, const Station &record)
+{
+    const int last = FIRST_STATION + static_cast<int>(limit_) - 1;
+    if (id < FIRST_STATION || id > last) {
+        return out_of_range("station", id, FIRST_STATION, last);
+    }
+    if (Outcome refused = check(record); !refused.ok()) {
+        return refused;
+    }
+    table_.put(id, record);
+    ids_.take(id);
+    return {};
+}
+
 } // namespace simswitch::chip

@@ -16,6 +16,8 @@
 namespace simswitch::chip
 {
 
+inline constexpr int FIRST_STATION = 1; ///< id of the first station
+
 /** A station: a frame matches when each field, under its mask, is the frame's. */
 struct Station {
     std::uint32_t flags = 0;     ///< traffic classes that the station terminates
@@ -66,9 +68,22 @@ public:
     std::size_t size() const { return table_.size(); }
     std::map<int, Station> all() const { return table_.all(); }
 
+    // For who keeps a copy of the table across a restart.
+
+    /** Empties the table, of what is there at boot too. */
+    void clear()
+    {
+        table_.clear();
+        ids_.clear();
+    }
+    /** Puts an entry of the copy in; a record that create or a setter would refuse is refused. */
+    Outcome restore(int id, const Station &record);
+    /** Which entries were written. */
+    Changes<int> &changes() { return table_.changes(); }
+
 private:
     std::size_t limit_;
-    IdPool ids_{1};
+    IdPool ids_{FIRST_STATION};
     Table<Station> table_;
 };
 

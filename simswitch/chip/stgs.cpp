@@ -97,7 +97,7 @@ Outcome Stgs::set_state(int stg, int port, int state)
     if (Outcome refused = check(port, state); !refused.ok()) {
         return refused;
     }
-    Stg *found = table_.find(stg);
+    Stg *found = table_.edit(stg);
     if (found == nullptr) {
         return unknown(KIND, stg);
     }
@@ -128,6 +128,22 @@ std::vector<int> Stgs::vlans_of(int stg) const
         }
     }
     return ids;
+}
+
+Outcome Stgs::restore(int id, const Stg &record)
+{
+    const int last = DEFAULT_STG + static_cast<int>(limit_) - 1;
+    if (id < DEFAULT_STG || id > last) {
+        return out_of_range(KIND, id, DEFAULT_STG, last);
+    }
+    for (const std::uint8_t state : record.states) {
+        if (Outcome refused = check(CPU_PORT, state); !refused.ok()) {
+            return refused;
+        }
+    }
+    table_.put(id, record);
+    ids_.take(id);
+    return {};
 }
 
 } // namespace simswitch::chip

@@ -14,6 +14,7 @@ Outcome SwitchControls::set(int control, int value)
     if (!outcome.ok()) {
         return outcome;
     }
+    changes_.note(control);
     if (value == 0) {
         values_.erase(control);
     } else {
@@ -32,8 +33,22 @@ Outcome SwitchControls::check(int control)
 
 int SwitchControls::get(int control) const
 {
+    const int *found = find(control);
+    return found == nullptr ? 0 : *found;
+}
+
+const int *SwitchControls::find(int control) const
+{
     auto it = values_.find(control);
-    return it == values_.end() ? 0 : it->second;
+    return it == values_.end() ? nullptr : &it->second;
+}
+
+void SwitchControls::clear()
+{
+    for (const auto &[control, value] : values_) {
+        changes_.note(control);
+    }
+    values_.clear();
 }
 
 } // namespace simswitch::chip

@@ -4,6 +4,7 @@
  */
 #pragma once
 
+#include "chip/changes.h"
 #include "chip/outcome.h"
 
 #include <map>
@@ -29,8 +30,20 @@ public:
     int get(int control) const;
     /** The controls that aren't 0. */
     const std::map<int, int> &all() const { return values_; }
+    /** The value of a control when it isn't 0, else null. */
+    const int *find(int control) const;
+
+    // For who keeps a copy of the controls across a restart.
+
+    /** Sets all controls to 0. */
+    void clear();
+    /** Sets a control as the copy has it. */
+    Outcome restore(int id, int record) { return set(id, record); }
+    /** Which controls were written. */
+    Changes<int> &changes() { return changes_; }
 
 private:
+    Changes<int> changes_;
     std::map<int, int> values_;
 };
 

@@ -95,7 +95,7 @@ Outcome Trunks::set(int trunk, const Trunk &record)
 
 Outcome Trunks::add_member(int trunk, const TrunkMember &member)
 {
-    Trunk *found = table_.find(trunk);
+    Trunk *found = table_.edit(trunk);
     if (found == nullptr) {
         return unknown(KIND, trunk);
     }
@@ -114,7 +114,7 @@ Outcome Trunks::add_member(int trunk, const TrunkMember &member)
 
 Outcome Trunks::remove_member(int trunk, int gport)
 {
-    Trunk *found = table_.find(trunk);
+    Trunk *found = table_.edit(trunk);
     if (found == nullptr) {
         return unknown(KIND, trunk);
     }

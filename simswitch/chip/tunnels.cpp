@@ -84,4 +84,17 @@ Outcome Tunnels::set(int interface, const Tunnel &tunnel)
     return {};
 }
 
+Outcome Tunnels::restore(int id, const Tunnel &record)
+{
+    // Its interface has the index already, or has gone since.
+    if (Outcome refused = check(record); !refused.ok()) {
+        return refused;
+    }
+    if (table_.size() >= limit_) {
+        return table_full("tunnel initiator", limit_);
+    }
+    table_.put(id, record);
+    return {};
+}
+
 } // namespace simswitch::chip

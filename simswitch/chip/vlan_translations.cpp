@@ -64,6 +64,7 @@ Outcome VlanTranslations::create(const TranslationKey &key, const TranslationAct
     if (table_.size() >= limit_) {
         return table_full("VLAN translation", limit_);
     }
+    changes_.note(key);
     table_.emplace(key, action);
     return {};
 }
@@ -74,6 +75,7 @@ Outcome VlanTranslations::remove(const TranslationKey &key)
     if (it == table_.end()) {
         return unknown_translation(key);
     }
+    changes_.note(it->first);
     table_.erase(it);
     return {};
 }
@@ -84,6 +86,7 @@ Outcome VlanTranslations::set(const TranslationKey &key, const TranslationAction
     if (it == table_.end()) {
         return unknown_translation(key);
     }
+    changes_.note(it->first);
     table_[it->first] = action;
     return {};
 }
@@ -103,6 +106,14 @@ VlanTranslations::Map::const_iterator VlanTranslations::locate(const Translation
         it = table_.find(single_tagged);
     }
     return it;
+}
+
+void VlanTranslations::clear()
+{
+    for (const auto &[key, record] : table_) {
+        changes_.note(key);
+    }
+    table_.clear();
 }
 
 } // namespace simswitch::chip

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "chip/basics.h"
+#include "chip/changes.h"
 #include "chip/outcome.h"
 
 #include <cstddef>
@@ -71,12 +72,25 @@ public:
     std::size_t size() const { return table_.size(); }
     const std::map<TranslationKey, TranslationAction> &all() const { return table_; }
 
+    // For who keeps a copy of the table across a restart.
+
+    /** Empties the table. */
+    void clear();
+    /** Puts an entry of the copy in; a record that create would refuse is refused. */
+    Outcome restore(const TranslationKey &id, const TranslationAction &record)
+    {
+        return create(id, record);
+    }
+    /** Which entries were written. */
+    Changes<TranslationKey> &changes() { return changes_; }
+
 private:
     using Map = std::map<TranslationKey, TranslationAction>;
     Map::const_iterator locate(const TranslationKey &key) const;
 
     std::size_t limit_;
     Map table_;
+    Changes<TranslationKey> changes_;
 };
 
 } // namespace simswitch::chip

@@ -161,11 +161,20 @@ Vlan *Vlans::need(int vlan, Outcome &refused)
     if (!refused.ok()) {
         return nullptr;
     }
-    Vlan *found = table_.find(vlan);
+    Vlan *found = table_.edit(vlan);
     if (found == nullptr) {
         refused = unknown(KIND, vlan);
     }
     return found;
+}
+
+Outcome Vlans::restore(int id, const Vlan &record)
+{
+    Outcome outcome = create(id);
+    if (outcome.ok()) {
+        table_.put(id, record);
+    }
+    return outcome;
 }
 
 } // namespace simswitch::chip

@@ -24,12 +24,24 @@ namespace simswitch::fwm
 
 void HostState::set_trunk_id(std::uint32_t ifindex, std::uint32_t tid)
 {
-    trunk_ids_[if_index::main_interface(ifindex)] = tid;
+    const std::uint32_t channel = if_index::main_interface(ifindex);
+    trunk_id_changes_.note(channel);
+    trunk_ids_[channel] = tid;
 }
 
 void HostState::forget_trunk_id(std::uint32_t ifindex)
 {
-    trunk_ids_.erase(if_index::main_interface(ifindex));
+    const std::uint32_t channel = if_index::main_interface(ifindex);
+    trunk_id_changes_.note(channel);
+    trunk_ids_.erase(channel);
+}
+
+void HostState::clear_trunk_ids()
+{
+    for (const auto &[channel, tid] : trunk_ids_) {
+        trunk_id_changes_.note(channel);
+    }
+    trunk_ids_.clear();
 }
 
 std::optional<std::uint32_t> HostState::trunk_id(std::uint32_t ifindex) const

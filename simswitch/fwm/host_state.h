@@ -44,11 +44,16 @@ public:
     void forget_trunk_id(std::uint32_t ifindex);
     /** The trunk id of a port-channel, if it is known. */
     std::optional<std::uint32_t> trunk_id(std::uint32_t ifindex) const;
+    /** Forgets all trunk ids. */
+    void clear_trunk_ids();
+    /** Whose trunk ids were written; who keeps them across a restart watches. */
+    chip::Changes<std::uint32_t> &trunk_id_changes() { return trunk_id_changes_; }
 
     /** The text of a system error code; it stays as long as the switch. */
     const char *error_text(int code);
 
 private:
+    chip::Changes<std::uint32_t> trunk_id_changes_;
     std::map<std::uint32_t, std::uint32_t> trunk_ids_;
     std::map<int, std::string> unknown_errors_;
 };

@@ -34,11 +34,13 @@ Outcome VlanDirectory::add(int vlan, PrivateVlan role)
     if (!records_.try_emplace(vlan, fwm_fwim_vlan{.pvlan = {.role = role}}).second) {
         return chip::existing(KIND, vlan);
     }
+    changes_.note(vlan);
     return {};
 }
 
 Outcome VlanDirectory::remove(int vlan)
 {
+    changes_.note(vlan);
     return records_.erase(vlan) != 0 ? Outcome{} : chip::unknown(KIND, vlan);
 }
 
@@ -48,6 +50,7 @@ Outcome VlanDirectory::set_role(int vlan, PrivateVlan role)
     if (found == nullptr) {
         return chip::unknown(KIND, vlan);
     }
+    changes_.note(vlan);
     found->pvlan.role = role;
     return {};
 }
@@ -71,6 +74,14 @@ std::map<int, PrivateVlan> VlanDirectory::all() const
         roles[vlan] = record.pvlan.role;
     }
     return roles;
+}
+
+void VlanDirectory::clear()
+{
+    for (const auto &[vlan, record] : records_) {
+        changes_.note(vlan);
+    }
+    records_.clear();
 }
 
 } // namespace simswitch::fwm

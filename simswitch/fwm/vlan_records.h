@@ -10,6 +10,7 @@
  */
 #pragma once
 
+#include "chip/changes.h"
 #include "chip/outcome.h"
 
 #include <cstddef>
@@ -67,7 +68,13 @@ public:
     /** What each VLAN is, in the order of their ids. */
     std::map<int, PrivateVlan> all() const;
 
+    /** Forgets all VLANs. */
+    void clear();
+    /** Which VLANs were written; who keeps them across a restart watches. */
+    chip::Changes<int> &changes() { return changes_; }
+
 private:
+    chip::Changes<int> changes_;
     std::map<int, fwm_fwim_vlan> records_;
 };
 

@@ -83,6 +83,7 @@ FlushReport Wrappers::flush()
         ++report.refused;
     }
     finish_text(report);
+    tell_of_write();
     return report;
 }
 
@@ -207,6 +208,7 @@ Outcome Wrappers::destroy_vlan(int vlan)
     if (outcome.ok()) {
         if (bcm_vlan_control_vlan_t *cached = vlan_controls(vlan)) {
             *cached = {};
+            vlan_control_changes_.note(vlan);
         }
         vlan_ports_.erase(vlan);
         push(VlanDestroy{vlan});
@@ -220,6 +222,7 @@ Outcome Wrappers::set_vlan_controls(int vlan, const bcm_vlan_control_vlan_t &con
     if (outcome.ok()) {
         forgotten_vlans_.erase(vlan);
         vlan_controls_[vlan] = control;
+        vlan_control_changes_.note(vlan);
         push(VlanControlsWrite{vlan, sdk::to_chip(control)});
     }
     return outcome;
@@ -246,6 +249,15 @@ void Wrappers::forget_vlan_control(int vlan)
 {
     vlan_controls_.erase(vlan);
     forgotten_vlans_.insert(vlan);
+    vlan_control_changes_.note(vlan);
+}
+
+void Wrappers::store_vlan(int vlan)
+{
+    stored_vlans_.push_back(vlan);
+    if (chip::is_vlan(vlan)) {
+        vlan_control_changes_.note(vlan);
+    }
 }
 
 bcm_vlan_block_t &Wrappers::vlan_blocks(int vlan)
@@ -273,12 +285,15 @@ Outcome Wrappers::create_vlan(int vlan, const chip::VlanControls &controls)
         vlan_blocks(vlan) = {};
         outcome = set_vlan_controls(vlan, sdk::to_sdk(controls));
     }
+    tell_of_write();
     return outcome;
 }
 
 Outcome Wrappers::set_vlan_stg(int vlan, int stg)
 {
-    return write_at_once([&] { return chip_.stgs.add_vlan(stg, vlan); });
+    Outcome outcome = write_at_once([&] { return chip_.stgs.add_vlan(stg, vlan); });
+    tell_of_write();
+    return outcome;
 }
 
 Outcome Wrappers::add_translation(const chip::TranslationKey &key,
@@ -323,6 +338,41 @@ void Wrappers::rebuild_caches()
         l3_ingresses_[id] = sdk::to_sdk(ingress);
     }
     trunks_.clear();
+}
+
+void Wrappers::power_cycle()
+{
+    drop_pending();
+    for (const auto &[vlan, controls] : vlan_controls_) {
+        vlan_control_changes_.note(vlan);
+    }
+    for (const int vlan : forgotten_vlans_) {
+        vlan_control_changes_.note(vlan);
+    }
+    rebuild_caches();
+}
+
+const bcm_vlan_control_vlan_t *Wrappers::kept_vlan_controls(int vlan) const
+{
+    const auto it = vlan_controls_.find(vlan);
+    return it == vlan_controls_.end() ? nullptr : &it->second;
+}
+
+void Wrappers::restore_vlan_controls(int vlan, const chip::VlanControls *controls)
+{
+    if (controls == nullptr) {
+        forget_vlan_control(vlan);
+        return;
+    }
+    forgotten_vlans_.erase(vlan);
+    vlan_controls_[vlan] = sdk::to_sdk(*controls);
+}
+
+void Wrappers::tell_of_write() const
+{
+    if (after_write_) {
+        after_write_();
+    }
 }
 
 void Wrappers::push(const QueuedWrite &write)

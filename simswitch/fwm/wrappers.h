@@ -12,6 +12,11 @@
  * members of trunks, what its cache says of the table. Then nothing is queued. All else the chip
  * refuses at the flush, which tells of it in its report; who called the wrapper has long had a 0.
  *
+ * The cached controls of a VLAN outlive the process, as they were when they
+ * were last handed to a wrapper (set, destroy) or stored: a caller that has
+ * changed the record in place, and done neither, loses that with the process.
+ * All other caches are filled from the chip again.
+ *
  * wrappers.cpp has the queue and the VLAN caches, l3_cache.cpp the L3 objects,
  * trunk_cache.cpp the trunks, wrapper_calls.cpp the C functions;
  * queued_write.h the writes themselves.
@@ -24,9 +29,11 @@
 #include <fwmpd/wrappers.h>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace simswitch::fwm
@@ -96,8 +103,8 @@ public:
     void forget_vlan_control(int vlan);
     /** The block record of a VLAN, to be changed in place; all above 4095 share one. */
     bcm_vlan_block_t &vlan_blocks(int vlan);
-    /** Notes that a VLAN's controls were stored for a restart. */
-    void store_vlan(int vlan) { stored_vlans_.push_back(vlan); }
+    /** Stores a VLAN's cached controls for a restart. */
+    void store_vlan(int vlan);
     /** The VLANs whose controls were stored, in the order of the calls. */
     const std::vector<int> &stored_vlans() const { return stored_vlans_; }
 
@@ -146,6 +153,18 @@ public:
 
     /** Empties the caches and fills them with what the chip holds, as after a restart. */
     void rebuild_caches();
+    /** Drops what waits and fills the caches with what the chip holds after power-on. */
+    void power_cycle();
+    /** The VLANs whose cached controls were handed to a wrapper or stored. */
+    chip::Changes<int> &vlan_control_changes() { return vlan_control_changes_; }
+    /** The cached controls of a VLAN if the cache has any; null otherwise. */
+    const bcm_vlan_control_vlan_t *kept_vlan_controls(int vlan) const;
+    /** Whether the record of a VLAN was taken away. */
+    bool is_forgotten(int vlan) const { return forgotten_vlans_.contains(vlan); }
+    /** Puts back the cached controls that an earlier process left, null for none. */
+    void restore_vlan_controls(int vlan, const chip::VlanControls *controls);
+    /** Has a function called after each write to the chip by the host: a flush, the L2 side. */
+    void after_host_writes(std::function<void()> function) { after_write_ = std::move(function); }
 
 private:
     void push(const QueuedWrite &write);
@@ -154,7 +173,11 @@ private:
     template <class Body> Outcome write_at_once(Body &&body);
     std::vector<int> *trunk_members(int trunk);
 
+    void tell_of_write() const;
+
     chip::Chip &chip_;
+    std::function<void()> after_write_;
+    chip::Changes<int> vlan_control_changes_;
     std::vector<QueuedWrite> queue_;
     std::size_t capacity_ = DEFAULT_CAPACITY;
     std::vector<FlushReport> own_flushes_;

@@ -13,6 +13,13 @@ Journal &current_journal()
     return Switch::current().journal;
 }
 
+Call::~Call()
+{
+    if (Switch *present = Switch::find_current()) {
+        present->save();
+    }
+}
+
 void Call::reason(std::string text)
 {
     if (CallRecord *record = journal_.at(index_)) {

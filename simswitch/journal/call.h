@@ -71,6 +71,11 @@ public:
         open(Layer::service, true, function, format_arguments(args...));
     }
 
+    Call(const Call &) = delete;
+    Call &operator=(const Call &) = delete;
+    /** What the call has changed outlives the process from here on. */
+    ~Call();
+
     /** Adds "name=value" to what came back through pointers. */
     template <class T> void out(std::string_view name, const T &value)
     {

@@ -24,15 +24,29 @@ namespace simswitch::services::sqlite
 class Error : public std::runtime_error
 {
 public:
-    using std::runtime_error::runtime_error;
+    /** @param is_damage  the file is at fault, not the room on the disk or the right to write */
+    explicit Error(const std::string &text, bool is_damage = false)
+        : std::runtime_error(text), is_damage(is_damage)
+    {
+    }
+    bool is_damage;
 };
 
 /** A database. All its functions throw Error. */
 class Database
 {
 public:
-    /** Opens a file, made when it isn't there; an empty path is a database in memory. */
+    /**
+     * Opens a file, made when it isn't there; an empty path is a database in
+     * memory. A file that was not closed stays as it is, its log beside it,
+     * until tidy_at_close.
+     */
     explicit Database(const std::filesystem::path &file);
+
+    /** Has the log brought into the file at the end: what it holds was looked at. */
+    void tidy_at_close();
+    /** Whether it can only be read. */
+    bool is_read_only() const;
 
     /** Runs statements that give nothing back. */
     void run(const std::string &statements);
@@ -59,7 +73,10 @@ public:
     // Binds the next parameter, from the first one on.
     Statement &bind(std::int64_t value);
     Statement &bind(std::span<const unsigned char> bytes);
+    Statement &bind(std::string_view text);
     Statement &bind_null();
+    /** Binds the checksum of all that was bound before, for sum_matches. */
+    Statement &bind_sum();
 
     /** Goes to the next row. Returns false after the last. On a failure it is ready for new
      * parameters. */
@@ -73,30 +90,20 @@ public:
     bool is_null(int column) const;
     std::int64_t integer(int column) const;
     std::vector<unsigned char> bytes(int column) const;
+    std::string text(int column) const;
+    /** Whether the last column is the checksum of those before it. SQLite itself doesn't see a
+     * changed byte in a row. */
+    bool sum_matches() const;
 
 private:
+    static constexpr std::uint64_t SUM_START = 0xcbf29ce484222325U;
     struct Finalize {
         void operator()(sqlite3_stmt *handle) const noexcept;
     };
     Database &database_;
     std::unique_ptr<sqlite3_stmt, Finalize> handle_;
     int next_ = 1;
-};
-
-/** A transaction: undone at its end unless it was committed. */
-class Transaction
-{
-public:
-    explicit Transaction(Database &database);
-    ~Transaction();
-    Transaction(const Transaction &) = delete;
-    Transaction &operator=(const Transaction &) = delete;
-
-    void commit();
-
-private:
-    Database &database_;
-    bool open_ = true;
+    std::uint64_t sum_ = SUM_START;
 };
 
 } // namespace simswitch::services::sqlite

@@ -6,7 +6,8 @@
 
 #include "journal/call.h"
 #include "services/store_rows.h"
-#include "services/tree.h"
+#include "state/columns.h"
+#include "state/file.h"
 #include "switch.h"
 
 #include <fwmpd/platform.h>
@@ -14,7 +15,6 @@
 
 #include <algorithm>
 #include <fmt/format.h>
-#include <system_error>
 
 using simswitch::Call;
 using simswitch::ERROR_PARAM;
@@ -33,17 +33,8 @@ namespace
 
 constexpr int ERROR_STORE = -1;
 
-sqlite::Database open_database(const std::filesystem::path &state_dir)
-{
-    std::error_code error;
-    if (!state_dir.empty() && !std::filesystem::create_directories(state_dir, error) && error) {
-        throw sqlite::Error(
-            fmt::format("{}: can't make the folder: {}", state_dir.string(), error.message()));
-    }
-    sqlite::Database database(state_dir.empty() ? state_dir : state_dir / "store.sqlite");
-    database.run(store_schema());
-    return database;
-}
+/** Goes up with each change of a table. */
+constexpr int VERSION = 1;
 
 /** Runs a write; what SQLite refuses becomes an outcome. */
 template <class Body> Outcome write(Body &&body)
@@ -51,7 +42,7 @@ template <class Body> Outcome write(Body &&body)
     try {
         body();
         return {};
-    } catch (const sqlite::Error &error) {
+    } catch (const std::runtime_error &error) {
         return {ERROR_STORE, error.what()};
     }
 }
@@ -60,33 +51,36 @@ template <class Body> Outcome write(Body &&body)
 
 /** The open file with the statements of the writers. */
 struct Store::Open {
-    explicit Open(const std::filesystem::path &state_dir) : database(open_database(state_dir)) {}
-
-    sqlite::Statement prepare(const std::string &text) { return {database, text}; }
-
-    /** Takes members and row of an interface away. */
-    void erase(std::uint32_t ifindex)
+    explicit Open(state::Folder *folder)
+        : file(folder, state::Database::store, VERSION, store_tables())
     {
-        erase_members.bind(ifindex).run();
-        erase_row.bind(ifindex).run();
     }
 
-    sqlite::Database database;
-    sqlite::Statement erase_members = prepare("DELETE FROM l3port_member WHERE ifindex = ?");
-    sqlite::Statement erase_row = prepare("DELETE FROM l3port WHERE ifindex = ?");
-    sqlite::Statement write_row = prepare(l3port_replace());
-    sqlite::Statement write_member = prepare("INSERT INTO l3port_member VALUES (?, ?, ?)");
-    sqlite::Statement write_config = prepare("REPLACE INTO global_config VALUES (1, ?)");
+    state::File file;
+    sqlite::Statement erase_row = file.prepare("DELETE FROM l3port WHERE ifindex = ?");
+    sqlite::Statement write_row = file.prepare(l3port_replace());
+    sqlite::Statement write_config =
+        file.prepare("REPLACE INTO global_config (id, bytes, sum) VALUES (?, ?, ?)");
 };
 
-Store::Store(std::filesystem::path state_dir) : state_dir_(std::move(state_dir)) {}
+Store::Store(state::Folder *folder) : folder_(folder)
+{
+    if (folder_ == nullptr) {
+        return;
+    }
+    // All is read once, so that damage shows before anyone relies on the store.
+    open();
+    (void)stored_interfaces();
+    (void)global_config();
+    open_->file.accept();
+}
 
 Store::~Store() = default;
 
 Store::Open &Store::open()
 {
     if (!open_) {
-        open_ = std::make_unique<Open>(state_dir_);
+        open_ = std::make_unique<Open>(folder_);
     }
     return *open_;
 }
@@ -94,29 +88,19 @@ Store::Open &Store::open()
 Outcome Store::store_interface(const l3lif &lif)
 {
     return write([&] {
-        Open &file = open();
-        sqlite::Transaction transaction(file.database);
-        file.erase(lif.ifindex);
-        bind_l3port(file.write_row, lif);
-        file.write_row.run();
-        std::int64_t place = 0;
-        if (lif.pc_member_tree != nullptr) {
-            for (const void *record : tree_records(lif.pc_member_tree)) {
-                const auto ifindex = *static_cast<const std::uint32_t *>(record);
-                file.write_member.bind(lif.ifindex).bind(place++).bind(ifindex).run();
-            }
-        }
-        transaction.commit();
+        Open &store = open();
+        store.file.commit([&] {
+            bind_l3port(store.write_row, lif);
+            store.write_row.run();
+        });
     });
 }
 
 Outcome Store::delete_interface(std::uint32_t ifindex)
 {
     return write([&] {
-        Open &file = open();
-        sqlite::Transaction transaction(file.database);
-        file.erase(ifindex);
-        transaction.commit();
+        Open &store = open();
+        store.file.commit([&] { store.erase_row.bind(ifindex).run(); });
     });
 }
 
@@ -125,24 +109,38 @@ Outcome Store::store_global_config(const unsigned char *config)
     if (config == nullptr) {
         return {ERROR_PARAM, "no configuration given"};
     }
-    return write([&] { open().write_config.bind(std::span(config, GLOBAL_CONFIG_BYTES)).run(); });
+    return write([&] {
+        Open &store = open();
+        store.file.commit([&] {
+            const std::span<const unsigned char> bytes(config, GLOBAL_CONFIG_BYTES);
+            store.write_config.bind(1).bind(bytes).bind_sum().run();
+        });
+    });
+}
+
+Outcome Store::clear()
+{
+    return write([&] {
+        Open &store = open();
+        store.file.commit([&] {
+            store.file.prepare("DELETE FROM l3port").run();
+            store.file.prepare("DELETE FROM global_config").run();
+        });
+    });
 }
 
 std::vector<StoredInterface> Store::stored_interfaces()
 {
     std::vector<StoredInterface> rows;
-    auto select = open().prepare(l3port_select());
+    state::File &file = open().file;
+    auto select = file.prepare(l3port_select());
     while (select.step()) {
-        rows.push_back(read_l3port(select));
-    }
-    auto members =
-        open().prepare("SELECT member FROM l3port_member WHERE ifindex = ? ORDER BY place");
-    for (StoredInterface &row : rows) {
-        members.bind(row.ifindex);
-        while (row.members && members.step()) {
-            row.members->push_back(static_cast<std::uint32_t>(members.integer(0)));
+        try {
+            rows.push_back(read_l3port(select));
+        } catch (const state::BadValue &error) {
+            throw file.damaged(
+                fmt::format("table l3port, row {}: {}", rows.size() + 1, error.what()));
         }
-        members.reset();
     }
     return rows;
 }
@@ -159,13 +157,17 @@ std::optional<StoredInterface> Store::stored_interface(std::uint32_t ifindex)
 
 std::optional<GlobalConfig> Store::global_config()
 {
-    auto select = open().prepare("SELECT bytes FROM global_config WHERE id = 1");
+    state::File &file = open().file;
+    auto select = file.prepare("SELECT id, bytes, sum FROM global_config");
     if (!select.step()) {
         return std::nullopt;
     }
     GlobalConfig config{};
-    const auto bytes = select.bytes(0);
-    std::copy_n(bytes.begin(), std::min(bytes.size(), config.size()), config.begin());
+    const auto bytes = select.bytes(1);
+    if (bytes.size() != config.size() || !select.sum_matches()) {
+        throw file.damaged("table global_config: is not what was written to it");
+    }
+    std::copy(bytes.begin(), bytes.end(), config.begin());
     return config;
 }
 

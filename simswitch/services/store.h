@@ -4,7 +4,7 @@
  *
  * With a state folder it is the file store.sqlite in it, and what a call has
  * stored is there for the next process, however this one ends; without one it
- * lives in memory, as long as the switch. It is opened at its first use. The
+ * lives in memory, made at its first use, as long as the switch. The
  * platform's store functions (fwmpd/pss.h, fwmpd_pss_globalc_store) write it;
  * a restart reads it here.
  */
@@ -12,11 +12,11 @@
 
 #include "chip/outcome.h"
 #include "rtifhal_types.h"
+#include "state/folder.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -50,8 +50,11 @@ struct StoredInterface {
 class Store
 {
 public:
-    /** @param state_dir  folder of store.sqlite, made when it isn't there; empty: in memory */
-    explicit Store(std::filesystem::path state_dir = {});
+    /**
+     * @param folder  where store.sqlite is, made and checked at once; null: in memory
+     * @throws state::Error when it is damaged, sqlite::Error when it can't be read or written
+     */
+    explicit Store(state::Folder *folder = nullptr);
     ~Store();
     Store(const Store &) = delete;
     Store &operator=(const Store &) = delete;
@@ -65,8 +68,10 @@ public:
     /** Removes an interface's record; removing what isn't there is no failure. */
     Outcome delete_interface(std::uint32_t ifindex);
     Outcome store_global_config(const unsigned char *config);
+    /** Takes all away. */
+    Outcome clear();
 
-    // Readers. They throw sqlite::Error (a std::runtime_error) when the file can't be read.
+    // Readers. They throw a std::runtime_error when the file can't be read or is damaged.
     /** All stored interfaces, in the order of their ifindex. */
     std::vector<StoredInterface> stored_interfaces();
     /** The stored interface of an ifindex, if there is one. */
@@ -78,7 +83,7 @@ private:
     struct Open;
     Open &open();
 
-    std::filesystem::path state_dir_;
+    state::Folder *folder_;
     std::unique_ptr<Open> open_;
 };
 

@@ -3,9 +3,13 @@
  */
 #include "services/store_rows.h"
 
+#include "services/tree.h"
+#include "state/columns.h"
+
 #include <algorithm>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <iterator>
 #include <type_traits>
 
 namespace simswitch::services
@@ -74,12 +78,12 @@ constexpr std::array HARDWARE_COLUMNS = {
     hardware<&l3_pd::acl_qos_label_ingress>("acl_qos_label_ingress"),
 };
 
-// mac and has_members stand before the columns of the tables above.
+// mac and members stand before the columns of the tables above.
 constexpr int FIXED_COLUMNS = 2;
 
 std::vector<std::string> column_names()
 {
-    std::vector<std::string> names = {"mac", "has_members"};
+    std::vector<std::string> names = {"mac", "members"};
     const auto add = [&names](const auto &columns) {
         for (const auto &column : columns) {
             names.emplace_back(column.name);
@@ -88,7 +92,26 @@ std::vector<std::string> column_names()
     add(OWN_COLUMNS);
     add(PROPERTY_COLUMNS);
     add(HARDWARE_COLUMNS);
+    names.emplace_back("sum");
     return names;
+}
+
+std::string definition(const std::string &name)
+{
+    if (name == "ifindex") {
+        return "ifindex INTEGER PRIMARY KEY";
+    }
+    return name + (name == "mac" || name == "members" ? " TEXT" : " INTEGER");
+}
+
+/** The members of a port-channel in the tree's order. */
+std::vector<std::uint32_t> members_of(avl_tree_t *tree)
+{
+    std::vector<std::uint32_t> members;
+    for (const void *record : tree_records(tree)) {
+        members.push_back(*static_cast<const std::uint32_t *>(record));
+    }
+    return members;
 }
 
 void bind_all(sqlite::Statement &statement, const auto &columns, const auto *record)
@@ -125,16 +148,13 @@ std::optional<Record> read_optional(const sqlite::Statement &statement, const au
 
 } // namespace
 
-std::string store_schema()
+std::vector<std::string> store_tables()
 {
-    auto names = column_names();
-    std::ranges::replace(names, std::string("ifindex"), std::string("ifindex INTEGER PRIMARY KEY"));
-    return fmt::format(
-        "CREATE TABLE IF NOT EXISTS l3port ({});"
-        "CREATE TABLE IF NOT EXISTS l3port_member (ifindex INTEGER, place INTEGER,"
-        " member INTEGER, PRIMARY KEY (ifindex, place)) WITHOUT ROWID;"
-        "CREATE TABLE IF NOT EXISTS global_config (id INTEGER PRIMARY KEY, bytes BLOB);",
-        fmt::join(names, ", "));
+    auto columns = column_names();
+    std::transform(columns.begin(), columns.end(), columns.begin(), definition);
+    return {fmt::format("CREATE TABLE l3port ({}) STRICT", fmt::join(columns, ", ")),
+            "CREATE TABLE global_config (id INTEGER PRIMARY KEY, bytes BLOB NOT NULL, "
+            "sum INTEGER NOT NULL) STRICT"};
 }
 
 std::string l3port_replace()
@@ -158,19 +178,29 @@ void bind_l3port(sqlite::Statement &statement, const l3lif &lif)
                               .si_encap_vlan = lif.si_encap_vlan,
                               .tid = lif.tid};
     const l3_pd *hardware = lif.l3lif_pd_ctxt == nullptr ? nullptr : lif.l3lif_pd_ctxt->l3_pd;
-    statement.bind(std::span(lif.mac)).bind(lif.pc_member_tree != nullptr ? 1 : 0);
+    chip::Mac mac{};
+    std::copy_n(std::begin(lif.mac), mac.size(), mac.begin());
+    statement.bind(std::string_view(state::to_text(mac)));
+    if (lif.pc_member_tree != nullptr) {
+        statement.bind(std::string_view(state::to_text(members_of(lif.pc_member_tree))));
+    } else {
+        statement.bind_null();
+    }
     bind_all(statement, OWN_COLUMNS, &own);
     bind_all(statement, PROPERTY_COLUMNS, lif.l3lif_pi_ctxt);
     bind_all(statement, HARDWARE_COLUMNS, hardware);
+    statement.bind_sum();
 }
 
 StoredInterface read_l3port(const sqlite::Statement &statement)
 {
     StoredInterface row;
-    const auto mac = statement.bytes(0);
-    std::copy_n(mac.begin(), std::min(mac.size(), row.mac.size()), row.mac.begin());
-    if (statement.integer(1) != 0) {
-        row.members.emplace();
+    if (!statement.sum_matches()) {
+        throw state::BadValue("is not what was written to it");
+    }
+    state::from_text(statement.text(0), row.mac);
+    if (!statement.is_null(1)) {
+        state::from_text(statement.text(1), row.members.emplace());
     }
     int first = FIXED_COLUMNS;
     read_all(statement, OWN_COLUMNS, first, row);

@@ -8,12 +8,13 @@
 #include "services/store.h"
 
 #include <string>
+#include <vector>
 
 namespace simswitch::services
 {
 
-/** The statements that make the tables where they are missing. */
-std::string store_schema();
+/** The statements that make the tables. */
+std::vector<std::string> store_tables();
 /** The statement that writes a row of l3port. */
 std::string l3port_replace();
 /** The statement that reads the rows of l3port, in the order of their ifindex. */
@@ -21,7 +22,7 @@ std::string l3port_select();
 
 /** Binds an interface to the parameters of l3port_replace. */
 void bind_l3port(sqlite::Statement &statement, const l3lif &lif);
-/** Reads the present row of l3port_select, its members left out. */
+/** Reads the present row of l3port_select. @throws state::BadValue for one that can't be right */
 StoredInterface read_l3port(const sqlite::Statement &statement);
 
 } // namespace simswitch::services

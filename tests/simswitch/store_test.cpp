@@ -4,18 +4,15 @@
 #include "services/store.h"
 
 #include "services/tree.h"
+#include "state_dir.h"
 #include "switch.h"
 
 #include <fwm/state.h>
 #include <fwmpd/platform.h>
 #include <fwmpd/pss.h>
 
-#include <csignal>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace simswitch::services
 {
@@ -25,25 +22,7 @@ namespace
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-/** A folder of this test's own that goes with it. */
-class StateDir
-{
-public:
-    StateDir()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "simswitch-XXXXXX").string();
-        path_ = mkdtemp(name.data());
-    }
-    ~StateDir() { std::filesystem::remove_all(path_); }
-    StateDir(const StateDir &) = delete;
-    StateDir &operator=(const StateDir &) = delete;
-
-    const std::filesystem::path &path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
+using testing::ThrowsMessage;
 
 std::vector<std::uint32_t> fields(const l3lif_pi_ctxt &p)
 {
@@ -212,19 +191,32 @@ TEST(Store, GlobalConfigurationIsKeptWhole)
     EXPECT_EQ(store.global_config(), config);
 }
 
+TEST(Store, ClearTakesAllAway)
+{
+    FullInterface full;
+    const GlobalConfig config{42};
+    Store store;
+    store.store_interface(full.lif);
+    store.store_global_config(config.data());
+    EXPECT_TRUE(store.clear().ok());
+    EXPECT_TRUE(store.stored_interfaces().empty());
+    EXPECT_FALSE(store.global_config());
+}
+
 TEST(Store, FolderIsMadeAndOutlivesTheStore)
 {
     const StateDir dir;
-    const auto folder = dir.path() / "a" / "b";
+    const auto path = dir.path() / "a" / "b";
     {
         FullInterface full;
         const GlobalConfig config{42};
-        Store store(folder);
-        EXPECT_FALSE(std::filesystem::exists(folder)) << "opened before its first use";
+        state::Folder folder(path);
+        Store store(&folder);
         store.store_interface(full.lif);
         store.store_global_config(config.data());
     }
-    Store again(folder);
+    state::Folder folder(path);
+    Store again(&folder);
     EXPECT_EQ(again.stored_interfaces().size(), 1U);
     EXPECT_EQ((*again.global_config())[0], 42);
 }
@@ -232,39 +224,47 @@ TEST(Store, FolderIsMadeAndOutlivesTheStore)
 TEST(Store, WhatACallHasStoredSurvivesTheKillOfTheProcess)
 {
     const StateDir dir;
-    const pid_t child = fork();
-    if (child == 0) {
+    killed_after([&] {
         FullInterface full;
-        Store store(dir.path());
+        static state::Folder folder(dir.path());
+        static Store store(&folder);
         store.store_interface(full.lif);
-        (void)raise(SIGKILL);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFSIGNALED(status));
-    Store store(dir.path());
+    });
+    state::Folder folder(dir.path());
+    Store store(&folder);
     EXPECT_EQ(store.stored_interfaces().size(), 1U);
 }
 
-TEST(Store, FolderThatCantBeMadeRefusesInWords)
+TEST(Store, ChangedRowIsDamage)
 {
-    const StateDir dir;
-    std::ofstream(dir.path() / "file") << "no folder";
-    Store store(dir.path() / "file" / "state");
-    const Outcome outcome = store.delete_interface(1);
-    EXPECT_EQ(outcome.code, -1);
-    EXPECT_THAT(outcome.reason, HasSubstr("can't make the folder"));
-    EXPECT_THROW((void)store.stored_interfaces(), std::runtime_error);
+    for (const char *change :
+         {"UPDATE l3port SET vlan = 13", "UPDATE l3port SET mac = 'x'",
+          "UPDATE l3port SET members = '[3'", "INSERT INTO global_config VALUES (1, X'00', 0)"}) {
+        const StateDir dir;
+        {
+            FullInterface full;
+            state::Folder folder(dir.path());
+            Store(&folder).store_interface(full.lif);
+        }
+        dir.sql("store.sqlite", change);
+        state::Folder folder(dir.path());
+        EXPECT_THAT([&] { Store store(&folder); },
+                    ThrowsMessage<state::Error>(HasSubstr("store.sqlite: table")))
+            << change;
+    }
 }
 
-TEST(Store, FileThatIsNoDatabaseRefusesInWords)
+TEST(Store, AfterAFailureNothingMoreIsTaken)
 {
     const StateDir dir;
-    std::ofstream(dir.path() / "store.sqlite") << std::string(4096, 'x');
-    Store store(dir.path());
-    const Outcome outcome = store.delete_interface(1);
+    state::Folder folder(dir.path());
+    Store store(&folder);
+    FullInterface full;
+    folder.fail("the disk is full");
+    const Outcome outcome = store.store_interface(full.lif);
     EXPECT_EQ(outcome.code, -1);
-    EXPECT_THAT(outcome.reason, HasSubstr("store.sqlite"));
+    EXPECT_THAT(outcome.reason, HasSubstr("the disk is full"));
+    EXPECT_TRUE(store.stored_interfaces().empty());
 }
 
 TEST(StoreCalls, AreJournaledWithTheirHandle)
