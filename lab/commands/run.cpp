@@ -45,7 +45,7 @@ std::string as_told_if_possible(const std::string &line)
     try {
         return as_told(line);
     } catch (const session::UsageError &) {
-        const std::size_t end = line.find_last_not_of("\r");
+        const std::size_t end = line.find_last_not_of('\r');
         const std::string text = end == std::string::npos ? "" : line.substr(0, end + 1);
         return session::can_be_shown(text) && text.size() <= session::LINE_MAX_BYTES
                    ? text
