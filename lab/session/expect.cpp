@@ -26,8 +26,6 @@ namespace lab::session
 namespace
 {
 
-namespace chip = simswitch::chip;
-
 constexpr std::array<std::string_view, 3> OUTCOMES = {"code", "call", "message"};
 constexpr std::string_view COUNT = "count";
 // How many calls or messages are shown as what was seen instead.
@@ -183,6 +181,7 @@ std::vector<std::string> values_of(const Table &table, const std::vector<const R
             fmt::format(" (fields of {}: {})", table.subject, fmt::join(table.fields(), ", ")));
     }
     std::vector<std::string> values;
+    values.reserve(rows.size());
     for (const Row *row : rows) {
         values.push_back(row->cells[*column]);
     }
