@@ -11,6 +11,7 @@
 #include "rtifhal_property.h"
 
 #include <fmt/format.h>
+#include <iterator>
 
 #include <algorithm>
 #include <array>
@@ -87,6 +88,7 @@ std::span<const Property> properties()
 std::vector<std::string> property_names()
 {
     std::vector<std::string> names;
+    names.reserve(std::size(PROPERTIES));
     for (const Property &property : PROPERTIES) {
         names.emplace_back(property.name);
     }

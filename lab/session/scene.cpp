@@ -53,7 +53,7 @@ std::vector<std::string> Scene::port_names() const
 
 std::string Scene::port_text(int port) const
 {
-    const std::string known = name(ports, port);
+    std::string known = name(ports, port);
     if (!known.empty()) {
         return known;
     }

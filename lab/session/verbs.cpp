@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 namespace lab::session
 {
@@ -54,6 +55,7 @@ std::span<const Verb> verbs()
 std::vector<std::string> verb_names()
 {
     std::vector<std::string> names;
+    names.reserve(std::size(VERBS));
     for (const Verb &known : VERBS) {
         names.emplace_back(known.name);
     }

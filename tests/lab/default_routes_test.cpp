@@ -8,6 +8,7 @@
 #include "commands/command_line.h"
 #include "rtifhal_types.h"
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <cstdint>
@@ -38,7 +39,7 @@ protected:
     /** The refusal of a route with these keys. */
     std::string refusal(const std::string &keys) const
     {
-        const std::string text = write("[{" + keys + "}]");
+        std::string text = write("[{" + keys + "}]");
         EXPECT_FALSE(fs::exists(file("out"))) << keys;
         return text;
     }
@@ -215,7 +216,8 @@ TEST_F(DefaultRoutes, NamesThatNobodyKnowsAreRefused)
                              "Ethernet1/9.", "Ethernet1/9.0", "port-channel1.4096", "Vlan", ""}) {
         const std::string quoted = '"' + std::string(name) + '"';
         EXPECT_EQ(path_refusal(R"("interface": )" + quoted),
-                  "routes.json: route 1: path 1: interface " + quoted + " " + names + no_config);
+                  fmt::format("routes.json: route 1: path 1: interface {} {}{}", quoted, names,
+                              no_config));
     }
     const std::string start = R"([{"family": "ipv4", "paths": [{"mac": "02:00:00:00:00:01", )";
     EXPECT_EQ(write(start + R"("interface": "Ethernet999"}]}])", LEAF),

@@ -88,13 +88,19 @@ TEST_F(SessionComplete, ExpectationsWordByWord)
     EXPECT_EQ(after("expect code "), (Words{"!=", "="}));
 }
 
+/** Makes an empty file. */
+static void touch(const std::filesystem::path &file)
+{
+    const std::ofstream made(file);
+}
+
 TEST_F(SessionComplete, FilesAreThoseOfTheFolder)
 {
     const Folder folder;
-    std::ofstream(folder.path / "one.json");
-    std::ofstream(folder.path / "one two.json");
-    std::ofstream(folder.path / ".hidden");
-    std::ofstream(folder.path / "bad\x1b[2J");
+    touch(folder.path / "one.json");
+    touch(folder.path / "one two.json");
+    touch(folder.path / ".hidden");
+    touch(folder.path / "bad\x1b[2J");
     std::filesystem::create_directory(folder.path / "sub");
     const std::string path = folder.path.string() + "/";
     EXPECT_EQ(after("up " + path),

@@ -8,6 +8,7 @@
 #include "session/verbs.h"
 #include "session_run.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -98,10 +99,10 @@ TEST(SessionPage, TheExampleSetsEachPropertyOfEachInterface)
 {
     std::ifstream in(EXAMPLES / "changes.rtif");
     const std::string text{std::istreambuf_iterator<char>(in), {}};
-    for (const std::string interface : {"Ethernet0", "PortChannel0001", "Vlan100", "Ethernet4.10",
-                                        "PortChannel0001.20", "MuxTunnel0"}) {
+    for (const char *interface : {"Ethernet0", "PortChannel0001", "Vlan100", "Ethernet4.10",
+                                  "PortChannel0001.20", "MuxTunnel0"}) {
         for (const std::string &name : lab::session::property_names()) {
-            EXPECT_NE(text.find("\nset " + interface + " " + name + " "), std::string::npos)
+            EXPECT_NE(text.find(fmt::format("\nset {} {} ", interface, name)), std::string::npos)
                 << interface << " " << name;
         }
     }

@@ -6,6 +6,7 @@
 
 #include "session/properties.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -46,8 +47,8 @@ TEST_F(SessionProperties, WhatIsSetIsReadBackOnEachKindOfInterface)
     for (const std::string &name : INTERFACES) {
         for (const auto &property : properties()) {
             for (const std::string &value : values_of(property)) {
-                const std::string about = name + " " + std::string(property.name);
-                run_all({"set " + about + " " + value});
+                const std::string about = fmt::format("{} {}", name, property.name);
+                run_all({fmt::format("set {} {}", about, value)});
                 if (property.readable) {
                     EXPECT_EQ(run("get " + about).summary, value) << about;
                 }

@@ -26,7 +26,7 @@ inline const std::filesystem::path EXAMPLES =
 class SessionTest : public ::testing::Test
 {
 protected:
-    explicit SessionTest(simswitch::Options options = {}) : hardware((reset(), options)) {}
+    explicit SessionTest(const simswitch::Options &options = {}) : hardware((reset(), options)) {}
 
     /** Does a line that makes sense. */
     lab::session::Outcome run(std::string_view line) { return session.execute(line); }

@@ -79,6 +79,7 @@ TEST(SessionWords, ControlCharactersAreRefusedAndNotShown)
     EXPECT_EQ(problem("add \x7f"), "column 5 holds the control character U+007F: take it out");
     // One of the second control set, and one that turns the text's direction round.
     EXPECT_NE(problem("add \xc2\x9b"), "");
+    // NOLINTNEXTLINE(misc-misleading-bidirectional): it misleads on purpose
     EXPECT_NE(problem("add \xe2\x80\xae"), "");
 }
 
