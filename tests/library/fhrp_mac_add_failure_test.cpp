@@ -9,7 +9,6 @@
 #include "services/ifindex.h"
 
 #include <fmt/format.h>
-#include <utility>
 
 namespace rtifhal_test
 {
@@ -27,7 +26,7 @@ const Message PORT_FOUND = trace(ADD, "L3 physical interface port 5\n");
 class FhrpMacAddFailure : public FhrpTest
 {
 protected:
-    explicit FhrpMacAddFailure(simswitch::Options options = {}) : FhrpTest(std::move(options)) {}
+    explicit FhrpMacAddFailure(const simswitch::Options &options = {}) : FhrpTest(options) {}
 
     void expect_nothing_installed() const
     {

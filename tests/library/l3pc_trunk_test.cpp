@@ -48,7 +48,7 @@ Message member_add_failed(const char *text)
 class TrunkJoin : public LibraryTest
 {
 protected:
-    explicit TrunkJoin(simswitch::Options options = {}) : LibraryTest(std::move(options)) {}
+    explicit TrunkJoin(const simswitch::Options &options = {}) : LibraryTest(options) {}
 
     /** Trunk 8 is in the chip, with those members. */
     void trunk_with(const std::vector<int> &ports)

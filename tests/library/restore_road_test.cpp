@@ -54,7 +54,7 @@ std::vector<std::unique_ptr<StoredLif>> all_restored(simswitch::Switch &sw)
 class RestoreRoad : public LibraryTest
 {
 protected:
-    explicit RestoreRoad(simswitch::Options options = {}) : LibraryTest(std::move(options))
+    explicit RestoreRoad(const simswitch::Options &options = {}) : LibraryTest(options)
     {
         l3iif_table_init();
         up(*first_life);

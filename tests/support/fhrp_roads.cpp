@@ -25,7 +25,7 @@ std::string Address::text() const
                        bytes[3], bytes[4], bytes[5]);
 }
 
-FhrpTest::FhrpTest(simswitch::Options options) : LibraryTest(std::move(options)) {}
+FhrpTest::FhrpTest(const simswitch::Options &options) : LibraryTest(options) {}
 
 Lif &FhrpTest::known(std::unique_ptr<Lif> lif)
 {

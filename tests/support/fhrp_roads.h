@@ -56,7 +56,7 @@ struct Pair {
 class FhrpTest : public LibraryTest
 {
 protected:
-    explicit FhrpTest(simswitch::Options options = {});
+    explicit FhrpTest(const simswitch::Options &options = {});
 
     /** The layer above knows the interface. */
     Lif &known(std::unique_ptr<Lif> lif);

@@ -41,7 +41,7 @@ Lines joined(const std::vector<Lines> &parts);
 class FloodListTest : public LibraryTest
 {
 protected:
-    explicit FloodListTest(simswitch::Options options = {}) : LibraryTest(std::move(options)) {}
+    explicit FloodListTest(const simswitch::Options &options = {}) : LibraryTest(options) {}
 
     /** The entries that the calls of a function were for, their second argument. */
     std::vector<int> entries_of(const std::string &function) const;

@@ -129,7 +129,7 @@ void reset_library()
     tcam_sup_size_stale = 1;
 }
 
-LibraryTest::LibraryTest(simswitch::Options options) : sw(std::move(options))
+LibraryTest::LibraryTest(const simswitch::Options &options) : sw(options)
 {
     reset_library();
     start();

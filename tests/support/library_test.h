@@ -48,7 +48,7 @@ void reset_library();
 class LibraryTest : public ::testing::Test
 {
 protected:
-    explicit LibraryTest(simswitch::Options options = {});
+    explicit LibraryTest(const simswitch::Options &options = {});
 
     /** Forgets the calls and messages so far. */
     void start();

@@ -197,7 +197,7 @@ Messages ingress_and_egress_messages(const Lif &main, const Lif &member, int por
 
 } // namespace
 
-MemberTest::MemberTest(simswitch::Options options) : LibraryTest(std::move(options))
+MemberTest::MemberTest(const simswitch::Options &options) : LibraryTest(options)
 {
     first->lif.main_l3lif = main->get();
     second->lif.main_l3lif = main->get();

@@ -31,7 +31,7 @@ inline const std::string UNTAGGED_VLAN = "fwmpd_bcm_port_untagged_vlan_set";
 class MemberTest : public LibraryTest
 {
 protected:
-    explicit MemberTest(simswitch::Options options = {});
+    explicit MemberTest(const simswitch::Options &options = {});
 
     /** Brings a member up before the stretch that is looked at. */
     void brought_up(Lif &member, int create);

@@ -7,8 +7,6 @@
 
 #include <fmt/format.h>
 
-#include <utility>
-
 namespace rtifhal_test::pvlan_road
 {
 
@@ -23,7 +21,7 @@ constexpr std::uint32_t SNOOPING_OFF = 0x800; // in the chip only
 
 } // namespace
 
-PvlanTest::PvlanTest(simswitch::Options options) : SviTest(std::move(options))
+PvlanTest::PvlanTest(const simswitch::Options &options) : SviTest(options)
 {
     for (const std::uint16_t secondary : {SECONDARY, SECOND, OTHER_SECONDARY}) {
         switched_vlan(secondary, svi_road::SWITCHED, OWN_VRF);

@@ -36,7 +36,7 @@ inline const std::string ROUTING = "rtifhal_subintf_routing_en_dis";
 class PvlanTest : public svi_road::SviTest
 {
 protected:
-    explicit PvlanTest(simswitch::Options options = {});
+    explicit PvlanTest(const simswitch::Options &options = {});
 
     /** The primary has an SVI, as far as its VLAN's records tell. */
     void primary_has_an_svi(std::uint32_t ingress_if = svi_road::IIF);

@@ -31,8 +31,8 @@ bool is_set(const std::uint8_t *bits, unsigned number)
 
 } // namespace
 
-RestoreTest::RestoreTest(simswitch::Options options)
-    : LibraryTest(std::move(options)), writes_before_(sw.chip.writes),
+RestoreTest::RestoreTest(const simswitch::Options &options)
+    : LibraryTest(options), writes_before_(sw.chip.writes),
       chip_before_(simswitch::chip::snapshot(sw.chip))
 {
     g_fwm_pss_restore_mode = 1;

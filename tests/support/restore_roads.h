@@ -29,7 +29,7 @@ inline const std::string RESTORE_GLOBALS = "rtifhal_trident_pss_restore_global_c
 class RestoreTest : public LibraryTest
 {
 protected:
-    explicit RestoreTest(simswitch::Options options = {});
+    explicit RestoreTest(const simswitch::Options &options = {});
     void TearDown() override;
 
     /** Restores the global context of a configuration that holds those numbers back. */

@@ -11,7 +11,6 @@
 #include <fmt/format.h>
 
 #include <stdexcept>
-#include <utility>
 
 namespace rtifhal_test::svi_road
 {
@@ -24,7 +23,7 @@ const std::string MASKS = "{kmc={} umc={0} uuc={} bc={}}";
 
 } // namespace
 
-SviTest::SviTest(simswitch::Options options) : FhrpTest(std::move(options))
+SviTest::SviTest(const simswitch::Options &options) : FhrpTest(options)
 {
     l3iif_table_init();
     switched_vlan(VLAN);

@@ -38,7 +38,7 @@ inline const std::string BLOCK = "rtifhal_subintf_block_set";
 class SviTest : public fhrp_road::FhrpTest
 {
 protected:
-    explicit SviTest(simswitch::Options options = {});
+    explicit SviTest(const simswitch::Options &options = {});
 
     /** A VLAN in the chip and with the L2 side, its controls as those. */
     void switched_vlan(std::uint16_t vlan, std::uint32_t flags = SWITCHED, std::uint32_t vrf = 0);
