@@ -61,7 +61,7 @@ private:
 std::string in_columns(const std::vector<std::string> &words, std::size_t width)
 {
     const std::size_t count = std::min(words.size(), LISTED_MAX);
-    std::size_t wide = 0;
+    std::size_t wide = GAP;
     for (std::size_t i = 0; i < count; ++i) {
         wide = std::max(wide, words[i].size() + GAP);
     }

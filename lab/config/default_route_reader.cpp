@@ -247,6 +247,7 @@ std::uint32_t read_vrf(const JsonNode &node, const RouteNames &names)
                    names.config.empty() ? "known: names of VRFs need --config CONFIG.json"
                                         : fmt::format("a VRF of {}", names.config));
         }
+        // cppcheck-suppress derefInvalidIteratorRedundantCheck  // a refusal throws
         return known->second;
     }
     return word(node, "vrf");

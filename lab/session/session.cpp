@@ -27,6 +27,7 @@ Outcome Session::execute(std::string_view line)
                                      arguments.size() < command.min ? "missing" : "too many",
                                      command.usage));
     }
+    // cppcheck-suppress returnDanglingLifetime  // an outcome holds texts of its own
     return command.run(state_, arguments);
 }
 
