@@ -3,6 +3,7 @@
  */
 #include "l3lif/leftovers.h"
 
+#include "l3lif/interface_numbers.h"
 #include "rtifhal_trident.h"
 #include "services/tree.h"
 
@@ -21,15 +22,6 @@ namespace
 {
 
 namespace chip = simswitch::chip;
-
-// The first three numbers are taken when the tables are set up and never given back.
-constexpr int FIRST_IIF = 3;
-
-bool is_set(const l3iif_bitmap_t &table, int number)
-{
-    const auto n = static_cast<unsigned>(number);
-    return (table.bits[n / 8] & (0x80U >> (n % 8))) != 0;
-}
 
 /** Numbers that an interface has: neither free, nor held back, nor reserved at the top. */
 std::set<int> iifs_in_use()

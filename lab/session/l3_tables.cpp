@@ -4,6 +4,7 @@
 #include "session/tables.h"
 
 #include "config/address.h"
+#include "l3lif/interface_numbers.h"
 
 #include "rtifhal_data.h"
 
@@ -19,15 +20,8 @@ namespace
 {
 
 namespace chip = simswitch::chip;
-
-// The numbers below are taken when the library sets its tables up.
-constexpr int FIRST_IIF = 3;
-
-bool is_set(const l3iif_bitmap_t &table, int number)
-{
-    const auto n = static_cast<unsigned>(number);
-    return (table.bits[n / 8] & (0x80U >> (n % 8))) != 0;
-}
+using l3lif::FIRST_IIF;
+using l3lif::is_set;
 
 /** The highest number below those that are reserved at the top. */
 int last_iif()
