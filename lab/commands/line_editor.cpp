@@ -12,8 +12,10 @@
 #include <clocale>
 #include <csignal>
 #include <cstdio>
+#include <cwchar>
 #include <histedit.h>
 #include <iostream>
+#include <poll.h>
 #include <stdexcept>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -38,24 +40,74 @@ struct HistoryEnd {
     void operator()(History *history) const { history_end(history); }
 };
 
-/** While it lives, an interrupt ends a read and nothing else. */
-class InterruptsReads
+/**
+ * While it lives, an interrupt ends a wait for a key and nothing else: one that
+ * comes between two waits is held back for the next, so that none is lost.
+ */
+class InterruptsWaits
 {
 public:
-    InterruptsReads()
+    InterruptsWaits()
     {
         struct sigaction action = {};
         action.sa_handler = [](int) {};
         sigemptyset(&action.sa_mask);
-        sigaction(SIGINT, &action, &before_);
+        sigaction(SIGINT, &action, &action_before_);
+        sigset_t interrupt;
+        sigemptyset(&interrupt);
+        sigaddset(&interrupt, SIGINT);
+        sigprocmask(SIG_BLOCK, &interrupt, &mask_before_);
     }
-    ~InterruptsReads() { sigaction(SIGINT, &before_, nullptr); }
-    InterruptsReads(const InterruptsReads &) = delete;
-    InterruptsReads &operator=(const InterruptsReads &) = delete;
+    ~InterruptsWaits()
+    {
+        sigaction(SIGINT, &action_before_, nullptr);
+        sigprocmask(SIG_SETMASK, &mask_before_, nullptr);
+    }
+    InterruptsWaits(const InterruptsWaits &) = delete;
+    InterruptsWaits &operator=(const InterruptsWaits &) = delete;
+
+    /** Waits for input. False, with errno EINTR, at an interrupt. */
+    static bool wait(int input)
+    {
+        sigset_t open;
+        sigprocmask(SIG_SETMASK, nullptr, &open);
+        sigdelset(&open, SIGINT);
+        pollfd ready = {input, POLLIN, 0};
+        return ppoll(&ready, 1, nullptr, &open) >= 0;
+    }
 
 private:
-    struct sigaction before_ = {};
+    struct sigaction action_before_ = {};
+    sigset_t mask_before_ = {};
 };
+
+/**
+ * Reads one character, of as many bytes as it has; a byte that begins none
+ * counts as one. @return 1; 0 at the end of the input; -1 on an error, an
+ * interrupt among them
+ */
+int read_character(EditLine *, wchar_t *character)
+{
+    std::mbstate_t state = {};
+    while (true) {
+        char byte = 0;
+        if (!InterruptsWaits::wait(STDIN_FILENO)) {
+            return -1;
+        }
+        const ssize_t length = read(STDIN_FILENO, &byte, 1);
+        if (length <= 0) {
+            return static_cast<int>(length);
+        }
+        const std::size_t used = std::mbrtowc(character, &byte, 1, &state);
+        if (used == static_cast<std::size_t>(-1)) {
+            *character = static_cast<unsigned char>(byte);
+            return 1;
+        }
+        if (used != static_cast<std::size_t>(-2)) {
+            return 1;
+        }
+    }
+}
 
 /** Words side by side in columns, read from top to bottom. */
 std::string in_columns(const std::vector<std::string> &words, std::size_t width)
@@ -89,7 +141,7 @@ struct LineEditor::Parts {
     Completer completer;
     std::unique_ptr<EditLine, EditorEnd> editor;
     std::unique_ptr<History, HistoryEnd> history;
-    InterruptsReads interrupts;
+    InterruptsWaits interrupts;
 
     static Parts &of(EditLine *editor)
     {
@@ -153,6 +205,7 @@ LineEditor::LineEditor(std::string prompt, Completer completer) : parts_(new Par
     el_set(editor, EL_PROMPT, static_cast<char *(*)(EditLine *)>([](EditLine *from) {
                return Parts::of(from).prompt.data();
            }));
+    el_set(editor, EL_GETCFN, read_character);
     el_set(editor, EL_EDITOR, "emacs");
     HistEvent event = {};
     history(parts_->history.get(), &event, H_SETSIZE, HISTORY_LINES);
