@@ -8,6 +8,7 @@
 #include <fwm/trace.h>
 #include <fwmpd/platform.h>
 #include <l3lif/l3lif_layer.h>
+#include <services/cmd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -30,6 +31,7 @@ void reset_platform_data(void *store_context)
     dbg_out_file = nullptr;
     fwmpd_asic_cpu_port = 0;
     fwmpd_trident_unit = 0;
+    printf_curr_idx = 0;
     std::fill_n(fwmpd_global_config, services::GLOBAL_CONFIG_BYTES, std::uint8_t{0});
     std::fill_n(l3lif_global_data, services::LAYER_DATA_BYTES, std::uint8_t{0});
 }

@@ -18,6 +18,7 @@
 #include "fwm/trace_log.h"
 #include "fwm/wrappers.h"
 #include "journal/journal.h"
+#include "services/command_output.h"
 #include "services/directory.h"
 #include "services/heap.h"
 #include "services/messages.h"
@@ -83,6 +84,11 @@ public:
      * requests asks after each.
      */
     const std::string &state_error() const;
+    /** The state folder; empty without one. */
+    std::filesystem::path state_dir() const
+    {
+        return folder_ ? folder_->path() : std::filesystem::path();
+    }
     /** What a switch is after its power was off: chip, caches, trunk map, VLAN records and store
      * begin anew, in the state folder too. What waits in the queue is dropped. */
     void power_cycle();
@@ -100,8 +106,9 @@ public:
     services::Directory directory; ///< the interfaces that the layer above has registered
     services::SystemState system;  ///< fast restart, platform keys
     services::Messages messages;   ///< the message transport and bcm_usd
-    services::Heap heap;           ///< tracked allocations, allocation faults
-    services::Store store;         ///< the persistent store
+    services::CommandOutputs command_outputs; ///< what diagnostic commands print
+    services::Heap heap;                      ///< tracked allocations, allocation faults
+    services::Store store;                    ///< the persistent store
 
 private:
     void open_state();

@@ -31,6 +31,7 @@
 #include "chip/tunnels.h"
 #include "chip/vlan_translations.h"
 #include "chip/vlans.h"
+#include "chip/vxlan_ports.h"
 
 namespace simswitch::chip
 {
@@ -76,6 +77,7 @@ public:
                                field_groups};
     SwitchControls switch_controls;
     Tunnels tunnels{limits_.tunnels, l3_interfaces};
+    VxlanPorts vxlan_ports{limits_.vxlan_ports};
 
     /**
      * Calls a function with the name and the table of each, "l3_interface" and
@@ -98,6 +100,7 @@ public:
         visit("field_group", field_groups);
         visit("field_entry", field_entries);
         visit("tunnel", tunnels);
+        visit("vxlan_port", vxlan_ports);
     }
     /** What the tables' own checks can't see: -7 for a VLAN in a group that doesn't exist. */
     Outcome check() const;

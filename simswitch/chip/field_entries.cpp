@@ -142,7 +142,7 @@ Outcome FieldEntries::set_in_ports(int id, const InPorts &in_ports)
     return {};
 }
 
-Outcome FieldEntries::set_l3_routable(int id, bool routable)
+Outcome FieldEntries::set_l3_routable(int id, std::optional<bool> routable)
 {
     FieldEntry *entry = table_.edit(id);
     if (entry == nullptr) {

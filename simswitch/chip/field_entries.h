@@ -78,8 +78,8 @@ public:
     Outcome remove_action(int id, int action);
     /** Sets the in-ports qualifier, new or again. */
     Outcome set_in_ports(int id, const InPorts &in_ports);
-    /** Sets the L3-routable qualifier, new or again. */
-    Outcome set_l3_routable(int id, bool routable);
+    /** Sets the L3-routable qualifier, new or again; with nothing it doesn't count. */
+    Outcome set_l3_routable(int id, std::optional<bool> routable);
     /** Takes a qualifier out. -7 when the entry hasn't got it. */
     Outcome remove_qualifier(int id, int qualifier);
     /** Brings the copy into the chip. */

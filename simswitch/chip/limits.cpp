@@ -23,6 +23,7 @@ constexpr Limits TRIDENT = {
     .tunnels = 512,
     .field_groups = 16,
     .field_entries = 2048,
+    .vxlan_ports = 4096,
     .rule_region = 128,
 };
 
@@ -40,6 +41,7 @@ constexpr Limits TRIDENT2 = {
     .tunnels = 512,
     .field_groups = 16,
     .field_entries = 4096,
+    .vxlan_ports = 16384,
     .rule_region = 256,
 };
 
@@ -57,6 +59,7 @@ constexpr LimitField FIELDS[] = {
     {"tunnels", &Limits::tunnels},
     {"field_groups", &Limits::field_groups},
     {"field_entries", &Limits::field_entries},
+    {"vxlan_ports", &Limits::vxlan_ports},
     {"rule_region", &Limits::rule_region},
 };
 

@@ -31,6 +31,7 @@ struct Limits {
     std::size_t tunnels = 0;           ///< tunnel initiators: 512 / 512
     std::size_t field_groups = 0;      ///< field groups: 16 / 16
     std::size_t field_entries = 0;     ///< field entries: 2048 / 4096
+    std::size_t vxlan_ports = 0;       ///< VXLAN virtual ports: 4096 / 16384
     std::size_t rule_region = 0;       ///< default region of the rule memory, S: 128 / 256
 
     bool operator==(const Limits &) const = default;

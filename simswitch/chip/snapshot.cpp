@@ -73,6 +73,7 @@ Snapshot snapshot(const Chip &chip)
     list(lines, "field entry", chip.field_entries.all());
     list(lines, "switch control", chip.switch_controls.all());
     list(lines, "tunnel of L3 interface", chip.tunnels.all());
+    list(lines, "VXLAN port", chip.vxlan_ports.all());
     return lines;
 }
 
@@ -91,7 +92,8 @@ bool same_state(const Chip &one, const Chip &other)
            same(&Chip::vlans) && same(&Chip::stgs) && same(&Chip::ports) &&
            same(&Chip::vlan_translations) && same(&Chip::trunks) && same(&Chip::egresses) &&
            same(&Chip::multipath_groups) && same(&Chip::routes) && same(&Chip::field_groups) &&
-           same(&Chip::field_entries) && same(&Chip::switch_controls) && same(&Chip::tunnels);
+           same(&Chip::field_entries) && same(&Chip::switch_controls) && same(&Chip::tunnels) &&
+           same(&Chip::vxlan_ports);
 }
 
 } // namespace simswitch::chip

@@ -15,6 +15,8 @@ namespace
 
 constexpr const char *KIND = "spanning tree group";
 
+constexpr int FREE_STG = 0; ///< the group for VLANs without spanning tree
+
 Outcome check(int port, int state)
 {
     if (!is_port(port)) {
@@ -48,16 +50,18 @@ std::string text(const Stg &stg)
 
 Stgs::Stgs(std::size_t limit, Vlans &vlans) : limit_(limit), vlans_(vlans)
 {
-    Stg first;
+    Stg open;
     for (int port = CPU_PORT; port <= LAST_FRONT_PORT; ++port) {
-        first.states.at(static_cast<std::size_t>(port)) = STP_FORWARDING;
+        open.states.at(static_cast<std::size_t>(port)) = STP_FORWARDING;
     }
-    table_.put(DEFAULT_STG, first);
+    table_.put(FREE_STG, open);
+    table_.put(DEFAULT_STG, open);
 }
 
 Outcome Stgs::create(int &stg)
 {
-    if (table_.size() >= limit_) {
+    // Group 0 isn't one of them.
+    if (table_.size() > limit_) {
         return table_full(KIND, limit_);
     }
     stg = ids_.take();
@@ -67,6 +71,9 @@ Outcome Stgs::create(int &stg)
 
 Outcome Stgs::remove(int stg)
 {
+    if (stg == FREE_STG) {
+        return {ERROR_PARAM, "spanning tree group 0 is the chip's own and stays"};
+    }
     if (stg == DEFAULT_STG) {
         return {ERROR_PARAM, "spanning tree group 1 is the default group and stays"};
     }
@@ -133,8 +140,8 @@ std::vector<int> Stgs::vlans_of(int stg) const
 Outcome Stgs::restore(int id, const Stg &record)
 {
     const int last = DEFAULT_STG + static_cast<int>(limit_) - 1;
-    if (id < DEFAULT_STG || id > last) {
-        return out_of_range(KIND, id, DEFAULT_STG, last);
+    if (id < FREE_STG || id > last) {
+        return out_of_range(KIND, id, FREE_STG, last);
     }
     for (const std::uint8_t state : record.states) {
         if (Outcome refused = check(CPU_PORT, state); !refused.ok()) {
@@ -142,7 +149,9 @@ Outcome Stgs::restore(int id, const Stg &record)
         }
     }
     table_.put(id, record);
-    ids_.take(id);
+    if (id != FREE_STG) {
+        ids_.take(id);
+    }
     return {};
 }
 

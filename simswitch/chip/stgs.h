@@ -1,9 +1,10 @@
 /*
  * stgs.h: the spanning tree groups: VLANs that share one state per port.
  *
- * Which group a VLAN is in stands with the VLAN (vlans.h). Group 1 exists at
- * boot with VLAN 1, the CPU and all front ports forwarding. In a new group all
- * ports are disabled.
+ * Which group a VLAN is in stands with the VLAN (vlans.h). Two groups are there
+ * at boot and stay, with the CPU and all front ports forwarding: group 1, which
+ * has VLAN 1, and group 0, for VLANs without spanning tree, which has none. In
+ * a new group all ports are disabled.
  */
 #pragma once
 
@@ -28,11 +29,11 @@ struct Stg {
 /** "forwarding {0-104} blocking {} listening {} learning {}"; all other ports are disabled. */
 std::string text(const Stg &stg);
 
-/** The table of spanning tree groups, ids 1 to the table's size. */
+/** The table of spanning tree groups: ids 1 to the table's size, and group 0 beside them. */
 class Stgs
 {
 public:
-    /** With group 1 in it. `vlans` must outlive this. */
+    /** With groups 0 and 1 in it. `vlans` must outlive this. */
     Stgs(std::size_t limit, Vlans &vlans);
 
     /**
@@ -42,7 +43,7 @@ public:
      * @return 0; -6 when no group is left
      */
     Outcome create(int &stg);
-    /** Removes a group; its VLANs go to group 1. -4 for group 1; -7 when there is none. */
+    /** Removes a group; its VLANs go to group 1. -4 for groups 0 and 1; -7 when there is none. */
     Outcome remove(int stg);
     /** Moves a VLAN into a group. -7 when the group or the VLAN doesn't exist. */
     Outcome add_vlan(int stg, int vlan);

@@ -15,7 +15,7 @@ namespace
 {
 
 /** Goes up with each change of a table. */
-constexpr int VERSION = 1;
+constexpr int VERSION = 2;
 
 std::string chip_name(chip::Kind kind)
 {
@@ -65,9 +65,16 @@ void ChipFile::Open::check_meta()
     const std::string asked = chip_name(chip.kind());
     const std::string found = file.meta("chip");
     if (found != asked) {
-        throw Error(fmt::format("{}: holds the state of a {}, and a {} was asked for; ask for a "
-                                "{}, or name another folder",
-                                folder.path().string(), found, asked, found));
+        const std::string text =
+            fmt::format("{}: holds the state of a {}, and a {} was asked for; ask for a {}, or "
+                        "name another folder",
+                        folder.path().string(), found, asked, found);
+        for (const chip::Kind kind : {chip::Kind::trident, chip::Kind::trident2}) {
+            if (found == chip_name(kind)) {
+                throw OtherChip(text, kind);
+            }
+        }
+        throw Error(text);
     }
     for (const auto &[name, field] : chip::limit_fields()) {
         const std::string size = file.meta(name);

@@ -25,9 +25,22 @@
 #include "state/folder.h"
 
 #include <memory>
+#include <string>
 
 namespace simswitch::state
 {
+
+/** The folder is of a chip of another kind. */
+class OtherChip : public Error
+{
+public:
+    OtherChip(const std::string &text, chip::Kind kind) : Error(text), kind_(kind) {}
+    /** The kind that it is of. */
+    chip::Kind kind() const { return kind_; }
+
+private:
+    chip::Kind kind_;
+};
 
 /** The file. All that it is given must outlive it. */
 class ChipFile

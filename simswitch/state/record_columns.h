@@ -194,5 +194,17 @@ template <class Visit> void each_column(Of<chip::Tunnel> auto &tunnel, Visit &vi
     visit("source_ip", tunnel.source_ip);
     visit("dest_ip", tunnel.dest_ip);
 }
+template <class Visit> void each_column(Of<chip::VxlanPort> auto &port, Visit &visit)
+{
+    visit("if_index", port.if_index);
+    visit("vpn", port.vpn);
+    visit("vn_id", port.vn_id);
+    visit("mc_index", port.mc_index);
+    visit("egress_if", port.egress_if);
+    visit("flags", port.flags);
+    visit("criteria", port.criteria);
+    visit("match_port", port.match_port);
+    visit("match_vlan", port.match_vlan);
+}
 
 } // namespace simswitch::state

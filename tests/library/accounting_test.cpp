@@ -134,6 +134,15 @@ TEST_F(VlanAccounting, VlanOfAPortIsTheBitFromTheTopOfItsByte)
     EXPECT_TRUE(all_zero(rtifhal_port_vlan, 104 * sizeof rtifhal_port_vlan[0]));
 }
 
+TEST_F(VlanAccounting, VlansOfOneByteStandBesideEachOther)
+{
+    set_port_vlan(5, 100);
+    set_port_vlan(5, 103);
+    EXPECT_EQ(rtifhal_port_vlan[5].vlan_bitmap[12], 0x09);
+    clear_port_vlan(5, 100);
+    EXPECT_EQ(rtifhal_port_vlan[5].vlan_bitmap[12], 0x01);
+}
+
 TEST_F(VlanAccounting, OnlyPorts0To104HaveAnEntry)
 {
     EXPECT_TRUE(has_port_vlan_entry(0));

@@ -44,6 +44,7 @@ protected:
         ASSERT_EQ(messages().size(), 1U);
         EXPECT_TRUE(std::regex_match(syslog_texts().front(), wanted)) << syslog_texts().front();
         EXPECT_TRUE(std::regex_match(messages().front().text, wanted)) << messages().front();
+        EXPECT_EQ(messages().front().text, syslog_texts().front());
         EXPECT_EQ(messages().front().level, 102);
         EXPECT_EQ(messages().front().function, function);
     }

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 namespace rtifhal_test
 {
@@ -129,6 +130,17 @@ TEST_F(DefaultRoutesFile, IsGoneBeforeTheFirstNextHopIsMade)
                     }});
     comes_up(0);
     EXPECT_FALSE(there);
+}
+
+TEST_F(DefaultRoutesFile, IsClosed)
+{
+    const auto open_files = [] {
+        return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+    };
+    write({route_over_interfaces(interfaces(1))});
+    const auto before = open_files();
+    comes_up(0);
+    EXPECT_EQ(open_files(), before);
 }
 
 TEST_F(DefaultRoutesFile, IsReadOnce)

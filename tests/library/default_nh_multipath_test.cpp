@@ -129,6 +129,17 @@ TEST_F(MultipathDefaultRoutes, ThreeQuartersOfThePathsRoundedDownAreEnough)
     }
 }
 
+TEST_F(MultipathDefaultRoutes, ThreeQuartersAreReckonedIn32Bits)
+{
+    auto route = route_over_interfaces(interfaces(1));
+    route.paths = 0x55555556; // three times that is 2
+    loaded({route});
+    ready(0);
+    comes_up(0);
+    EXPECT_EQ(sdk_calls().at(0), create(0, FIRST_ID));
+    EXPECT_EQ(sdk_calls().at(1), group({FIRST_ID}, FIRST_GROUP));
+}
+
 TEST_F(MultipathDefaultRoutes, EightPathsAreNotBuiltWithFive)
 {
     loaded({route_over_interfaces(interfaces(8))});
@@ -238,6 +249,17 @@ TEST_F(MultipathDefaultRoutes, RefusedNextHopIsReportedAndLeftOut)
                       add_route(FIRST_GROUP, MULTIPATH)});
     expect_reports({reported("Adj create for ecmp failed l3_iif 12\n")});
     EXPECT_EQ(members_of_set(egresses[0]), ids(FIRST_ID, 2));
+}
+
+TEST_F(MultipathDefaultRoutes, PositiveCodeOfANextHopIsAFailureToo)
+{
+    loaded({route_over_interfaces(interfaces(2))});
+    first_ready(2);
+    start();
+    fail("bcm_l3_egress_create", 1);
+    armed_comes_up(0);
+    expect_reports({reported("Adj create for ecmp failed l3_iif 11\n")});
+    EXPECT_EQ(members_of_set(egresses[0]), ids(FIRST_ID, 1));
 }
 
 TEST_F(MultipathDefaultRoutes, RefusedFirstNextHopDoesNotKeepTheOldSetFromBeingSaved)

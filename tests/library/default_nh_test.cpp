@@ -276,6 +276,25 @@ TEST_F(DefaultRoutes, RefusedRouteGoesToTheSystemLog)
     }));
 }
 
+TEST_F(DefaultRoutes, PositiveCodeOfARouteGoesToTheSystemLogToo)
+{
+    loaded({route_over_interfaces(interfaces(1))});
+    ready(0);
+    start();
+    fail("bcm_l3_route_add", 1);
+    rtifhal_trident_create_default_nh(interface_of(0));
+    EXPECT_EQ(syslog_texts().size(), 1U);
+}
+
+TEST_F(DefaultRoutes, SetOfASinglePathIsMarkedAsNoGroup)
+{
+    loaded({route_over_interfaces(interfaces(1))});
+    ready(0);
+    egresses[0].is_ecmp = 1;
+    comes_up(0);
+    EXPECT_EQ(egresses[0].is_ecmp, 0U);
+}
+
 TEST_F(DefaultRoutes, SecondCallDestroysTheOldNextHopAfterTheRouteAdd)
 {
     loaded({route_over_interfaces(interfaces(1))});

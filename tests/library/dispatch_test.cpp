@@ -203,20 +203,25 @@ TEST_F(Dispatch, EgressOfEveryKindIsTheSameSwitchControl)
 
     EXPECT_EQ(rtifhal_trident_add_egress(channel->get(), AUX, 1), 0);
     expect_calls(until_port_channel(*channel) + egress_set());
+    expect_messages({entered(ADD_EGRESS, *channel, 1)});
     start();
     EXPECT_EQ(rtifhal_trident_add_egress(sub->get(), AUX, 1), 0);
     expect_calls(until_subinterface(*sub, 26) + Calls{"bcm_l3_egress_t_init()", called::unit(),
                                                       called::is_port_channel(*main_port, 0),
                                                       EGRESS_SET + "0"});
+    expect_messages({entered(ADD_EGRESS, *sub, 1)});
     start();
     EXPECT_EQ(rtifhal_trident_add_egress(vlan->get(), AUX, 1), 0);
     expect_calls(until_type(*vlan, 9) + egress_set());
+    expect_messages({entered(ADD_EGRESS, *vlan, 1)});
     start();
     EXPECT_EQ(rtifhal_trident_add_egress(tun->get(), AUX, 1), 0);
     expect_calls(until_type(*tun, 24) + egress_set());
+    expect_messages({entered(ADD_EGRESS, *tun, 1)});
     start();
     EXPECT_EQ(rtifhal_trident_add_egress(main_port->get(), AUX, 1), 0);
     expect_calls(until_physical(*main_port, 26, 1) + egress_set());
+    expect_messages({entered(ADD_EGRESS, *main_port, 1)});
 }
 
 TEST_F(Dispatch, EgressResultOfEveryKindIsHandedUp)
@@ -361,10 +366,13 @@ TEST_F(Dispatch, IngressDeleteOfAnSviHandsTheRelabelsFailureUp)
 TEST_F(Dispatch, PortChannelTestDecidesBeforeTheType)
 {
     const auto lif = svi(VLAN);
-    fail("if_index_is_eth_port_channel_intf", 1);
-    EXPECT_EQ(rtifhal_trident_del_egress(lif->get(), AUX, 1), 0);
-    expect_calls({called::type(*lif, 9), called::is_port_channel(*lif, 1)});
-    EXPECT_EQ(reports().size(), 1U);
+    for (const int answer : {1, -1}) {
+        start();
+        fail("if_index_is_eth_port_channel_intf", answer);
+        EXPECT_EQ(rtifhal_trident_del_egress(lif->get(), AUX, 1), 0);
+        expect_calls({called::type(*lif, 9), called::is_port_channel(*lif, answer)});
+        EXPECT_EQ(reports().size(), 1U);
+    }
 }
 
 TEST_F(Dispatch, SubinterfaceTestDecidesBeforeTheType)
@@ -374,6 +382,18 @@ TEST_F(Dispatch, SubinterfaceTestDecidesBeforeTheType)
     fail("if_index_is_sub_intf", 1);
     EXPECT_EQ(rtifhal_trident_add_ingress(lif->get(), AUX, 1), -1);
     EXPECT_EQ(first(calls(), 4), until_subinterface(*lif, 24) + Calls{called::ingress_init()});
+    start();
+    fail("if_index_is_sub_intf", -1);
+    EXPECT_EQ(rtifhal_trident_add_ingress(lif->get(), AUX, 1), -1);
+}
+
+TEST_F(Dispatch, AnyNonzeroAnswerMeansAPhysicalInterface)
+{
+    const auto lif = live(svi(VLAN));
+    fail("if_index_get_type", 0);
+    fail("if_index_is_physical_interface", -1);
+    EXPECT_EQ(rtifhal_trident_add_egress(lif->get(), AUX, 1), 0);
+    EXPECT_EQ(calls().back(), EGRESS_SET + "0");
 }
 
 TEST_F(Dispatch, AuxChangesNothingButTheTrace)

@@ -128,6 +128,55 @@ TEST_F(Egress, SubinterfaceOfAPortChannelNeedsTheMainInterfacesContext)
         {EGRESS_INIT, called::unit(), called::is_port_channel(*main, 1), switch_control()});
 }
 
+TEST_F(Egress, SubinterfaceOfAPortChannelNeedsTheMainInterfacesPropertiesAndRecord)
+{
+    const auto main = port_channel(7);
+    const auto sub = subinterface(*main, 10);
+    sub->with_record(8);
+    main->with_record(41).without_properties();
+    EXPECT_EQ(rtifhal_l3_egr_create(sub->get()), -1);
+    expect_messages({report(CREATE, "Failed to get l3lif pd context for intf " + main->index())});
+    const auto bare = port_channel(8);
+    bare->with_bare_context();
+    sub->lif.main_l3lif = bare->get();
+    start();
+    EXPECT_EQ(rtifhal_l3_egr_create(sub->get()), -1);
+    expect_calls({EGRESS_INIT, called::unit(), called::is_port_channel(*bare, 1)});
+    expect_messages({});
+}
+
+TEST_F(Egress, SubinterfaceOfAPortChannelNeedsNothingOfItsOwn)
+{
+    const auto main = port_channel(7);
+    main->with_record(41);
+    const auto sub = subinterface(*main, 10);
+    sub->without_properties();
+    EXPECT_EQ(rtifhal_l3_egr_create(sub->get()), 0);
+    expect_messages({});
+    fail("fwmpd_bcm_switch_control_set", -4);
+    EXPECT_EQ(rtifhal_l3_egr_create(sub->get()), -4);
+    expect_reports(
+        {report(CREATE, std::string("itf set egr (41) failed: ") + _shr_errmsg[4] + "\n")});
+}
+
+TEST_F(Egress, SubinterfaceOfAPortIgnoresItsMainInterface)
+{
+    const auto main = port(6);
+    const auto sub = subinterface(*main, 10);
+    EXPECT_EQ(rtifhal_l3_egr_create(sub->with_record(8).get()), 0);
+    expect_calls(
+        {EGRESS_INIT, called::unit(), called::is_port_channel(*main, 0), switch_control()});
+    expect_messages({});
+}
+
+TEST_F(Egress, UnitIsThePlatforms)
+{
+    fail("rtifhal_get_bcm_unit", 3);
+    EXPECT_EQ(rtifhal_l3_egr_create(lif->get()), -3); // this chip has no other unit
+    expect_calls({EGRESS_INIT, "rtifhal_get_bcm_unit(0) = 3",
+                  "fwmpd_bcm_switch_control_set(3, 230, 1) = -3"});
+}
+
 TEST_F(Egress, DeleteSendsNothing)
 {
     EXPECT_EQ(rtifhal_l3_egr_delete(lif->get()), 0);

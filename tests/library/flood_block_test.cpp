@@ -85,6 +85,15 @@ protected:
         }
         start();
     }
+    /** Port 5 alone stands in the masks, so that a step that adds the CPU shows. */
+    void masks_were_without_the_cpu()
+    {
+        bcm_vlan_block_t &block = *fwmpd_trident_get_bvbt(VLAN);
+        block = {};
+        block.unknown_multicast.pbits[0] = 1U << 5;
+        block.unknown_unicast = block.broadcast = block.unknown_multicast;
+        start();
+    }
 };
 
 } // namespace
@@ -238,6 +247,15 @@ TEST_F(FloodBlock, LastRoutedUseEndsTheVlan)
     EXPECT_EQ(simswitch::format_value(uses().l3pbmp), "{}");
 }
 
+TEST_F(FloodBlock, LastRoutedUseAddsTheCpuBeforeTheVlanEnds)
+{
+    used_by({{ROUTED, 5}});
+    masks_were_without_the_cpu();
+    EXPECT_EQ(give_up(ROUTED, 5), 0);
+    EXPECT_EQ(calls_of({WRITE_MASKS, END_VLAN}),
+              join({writes("{kmc={} umc={0} uuc={} bc={}}"), ends()}));
+}
+
 TEST_F(FloodBlock, OneOfTwoPortsLeavesTheVlanStanding)
 {
     used_by({{ROUTED, 5}, {ROUTED, 6}});
@@ -258,17 +276,18 @@ TEST_F(FloodBlock, OneOfTwoPortsLeavesTheVlanStanding)
 TEST_F(FloodBlock, LastRoutedUseUnderAnSviLeavesVlanAndCpuAlone)
 {
     used_by({{SVI, 0}, {ROUTED, 5}});
-    *fwmpd_trident_get_bvbt(VLAN) = {};
+    masks_were_without_the_cpu();
     std::uint32_t no_users = UNTOUCHED;
     EXPECT_EQ(give_up(ROUTED, 5, &no_users), 0);
-    EXPECT_EQ(calls_of({WRITE_MASKS, END_VLAN}), writes(masks("{}")));
+    expect_calls(join({START, writes(masks("{}")), popcounts({}), FINDS_NO_PORT}));
     EXPECT_EQ(no_users, UNTOUCHED);
+    EXPECT_EQ(uses().svi, 1);
 }
 
 TEST_F(FloodBlock, LastRoutedUseBesideTheL2SideAddsTheCpuAndLeavesTheVlan)
 {
     used_by({{L2, 0}, {ROUTED, 5}});
-    *fwmpd_trident_get_bvbt(VLAN) = {};
+    masks_were_without_the_cpu();
     EXPECT_EQ(give_up(ROUTED, 5), 0);
     EXPECT_EQ(calls_of({WRITE_MASKS, END_VLAN}), writes("{kmc={} umc={0} uuc={} bc={}}"));
 }

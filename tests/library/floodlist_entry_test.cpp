@@ -189,6 +189,17 @@ TEST_F(LinkLocalEntry, GetsNoPortsFromAModelThatCanNotBeRead)
     EXPECT_EQ(calls().at(4), "bcm_field_action_ports_add(0, 127, 32, {}) = 0");
 }
 
+TEST_F(LinkLocalEntry, CountsTheModelBackFrom128WhileTheSizeIsUnknown)
+{
+    fail("fwmpd_trident_get_sup_tcam_default_size", -1);
+    EXPECT_EQ(rtifhal_update_linklocal_entry(127), 0);
+    EXPECT_EQ(calls().at(2), "bcm_field_action_ports_get(0, 123, 32) = 0 [ports={1-104}]");
+    expect_messages(
+        {report("rtifhal_brcm_tcam_sup_default_size",
+                "rtifhal_brcm_tcam_sup_default_size: FWMPD sup tcam size fetch returned error "
+                "-1\n")});
+}
+
 TEST_F(LinkLocalEntry, OnlyTheReinstallDecidesTheResult)
 {
     fail("bcm_field_action_remove", -1);

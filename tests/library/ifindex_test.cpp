@@ -208,6 +208,18 @@ TEST_F(TrunkOfIfindex, Channel65535GivesTrunk0)
                   fmt::format("fwm_pc_sdb_store(0, {{ifindex={:#x} tid=0}}) = 0", ifindex)}));
 }
 
+TEST_F(TrunkOfIfindex, UnreadableChannelNumberCountsAsZero)
+{
+    const std::uint32_t ifindex = if_index::port_channel(41);
+    fail("if_index_port_channel_get_channel_num", 1);
+    std::uint32_t tid = UNTOUCHED;
+    EXPECT_EQ(fwmpd_ifindex_to_bcm_tid(ifindex, &tid), 0);
+    EXPECT_EQ(tid, 1U);
+    EXPECT_EQ(calls_of({"fwm_pc_sdb_store"}),
+              (std::vector<std::string>{
+                  fmt::format("fwm_pc_sdb_store(1, {{ifindex={:#x} tid=1}}) = 0", ifindex)}));
+}
+
 TEST_F(TrunkOfIfindex, RefusedFilingIsNotLookedAt)
 {
     fail("fwm_pc_sdb_store", -1);

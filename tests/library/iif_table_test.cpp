@@ -1,6 +1,8 @@
 /*
  * iif_table_test.cpp: the numbers of routed interfaces: what is reserved, which
  * number comes next, what is held back and stored.
+ *
+ * iif_exhaustion_test.cpp has what comes when all numbers of a chip are taken.
  */
 #include "support/library_test.h"
 
@@ -203,17 +205,6 @@ TEST_F(IifTableOnTrident2, WithSdnAgentKeepsALargerLowRange)
     EXPECT_EQ(taken(), "0-3331 7680-8191");
 }
 
-TEST_F(IifTableOnTrident2, LastFreeNumberIs7679)
-{
-    l3iif_table_init();
-    std::memset(l3lif_l3iif_table.bits, 0xFF, 7672 / 8);
-    for (unsigned number = 7672; number < 7679; ++number) {
-        set(l3lif_l3iif_table, number);
-    }
-    EXPECT_EQ(allocate(), 7679);
-    EXPECT_EQ(allocate(), -1);
-}
-
 TEST_F(IifTable, SdnAgentIsOnAt1Only)
 {
     fwmpd_asic_sdn_agent_enabled = 2;
@@ -303,16 +294,6 @@ TEST_F(IifTable, AllocationLooksThroughAllWords)
         EXPECT_EQ(allocate(), static_cast<int>(number));
         EXPECT_EQ(taken(), "0-8191");
     }
-}
-
-TEST_F(IifTable, LastFreeNumberOnTridentIs3583)
-{
-    set_up();
-    for (int number = 3; number <= 3583; ++number) {
-        ASSERT_EQ(allocate(), number);
-    }
-    EXPECT_EQ(allocate(), -1);
-    EXPECT_EQ(taken(), "0-8191");
 }
 
 TEST_F(IifTable, HeldBackNumberIsNotGivenWhileAnotherIsFree)

@@ -52,6 +52,31 @@ protected:
         EXPECT_EQ(rtifhal_l3_ing_create(lif->get(), 1), 0);
         return this->calls_of({"rtifhal_bcm_l3_ingress_create"});
     }
+    /** The steps before the object that each road begins with. */
+    Message entered() const
+    {
+        return trace(CREATE,
+                     "inl3lif->ifindex = " + lif->hex() + " l3lif->ifindex = " + lif->hex() + "\n");
+    }
+    /** The messages of a first creation; they are the same on both chips. */
+    std::vector<Message> whole_road() const
+    {
+        return {
+            this->entered(),
+            trace(CREATE, "l3_if_index = 0x7 ipmc_intf_id = 0x7 iif = 0x7\n"),
+            trace(CREATE, "vrf = 1 ipv4_en = 1 ipv6_en = 0, ipmc_l3iif = 0 ipv4_mc_en = 0\n"),
+            trace("rtifhal_get_class_id", " Return 64 | l3_pd->acl_qos_label_ingress(0)\n"),
+            trace(CREATE,
+                  " rtifhal_bcm_l3_ing_create(" + lif->index() + ") iif 7, vrf 1 rpf 0 class 64\n"),
+            trace(CREATE,
+                  "Before calling bcm_l3_ingress_create - iif:7, l3_iif.flags:0x6, l3_iif.vrf:1, "
+                  "l3_iif.urpf_mode:0, l3_iif.intf_class:64, l3_iif.ipmc_intf_id:0, "
+                  "l3_iif.qos_map_id:0\n"),
+            trace(CREATE, "L3Ingress L3 Phy or L3 PC port = 5 iif = 7\n"),
+            trace(CREATE, "bcm_l3_ing_create(" + lif->hex() + ") control: 5, 7\n"),
+            trace(CREATE, "bcm_l3_ing_create(" + lif->hex() + ") success: 5, 7\n"),
+        };
+    }
     static std::vector<std::string> object(const Fields &fields)
     {
         return {called::write_ingress(fields.text(), IIF)};
@@ -69,12 +94,6 @@ protected:
         bcm_l3_ingress_t ingress = {0xFFFF, 9, 2, 0x41, 0x1F, 3, {0xAAAA, 0xBBBB}};
         int iif = IIF;
         rtifhal_bcm_l3_ingress_create(0, &ingress, &iif);
-    }
-    /** The steps before the object that each road begins with. */
-    Message entered() const
-    {
-        return trace(CREATE,
-                     "inl3lif->ifindex = " + lif->hex() + " l3lif->ifindex = " + lif->hex() + "\n");
     }
 };
 
@@ -101,21 +120,7 @@ TEST_F(IngressCreate, FirstCreationWritesTheObjectAndTiesThePort)
     expect_calls(
         with_port_tie(*lif, {called::ingress_init(), called::unit(), called::type(*lif, 26),
                              called::trident2(0), called::write_ingress(Fields{}.text(), IIF)}));
-    expect_messages({
-        entered(),
-        trace(CREATE, "l3_if_index = 0x7 ipmc_intf_id = 0x7 iif = 0x7\n"),
-        trace(CREATE, "vrf = 1 ipv4_en = 1 ipv6_en = 0, ipmc_l3iif = 0 ipv4_mc_en = 0\n"),
-        trace("rtifhal_get_class_id", " Return 64 | l3_pd->acl_qos_label_ingress(0)\n"),
-        trace(CREATE,
-              " rtifhal_bcm_l3_ing_create(" + lif->index() + ") iif 7, vrf 1 rpf 0 class 64\n"),
-        trace(CREATE,
-              "Before calling bcm_l3_ingress_create - iif:7, l3_iif.flags:0x6, l3_iif.vrf:1, "
-              "l3_iif.urpf_mode:0, l3_iif.intf_class:64, l3_iif.ipmc_intf_id:0, "
-              "l3_iif.qos_map_id:0\n"),
-        trace(CREATE, "L3Ingress L3 Phy or L3 PC port = 5 iif = 7\n"),
-        trace(CREATE, "bcm_l3_ing_create(" + lif->hex() + ") control: 5, 7\n"),
-        trace(CREATE, "bcm_l3_ing_create(" + lif->hex() + ") success: 5, 7\n"),
-    });
+    expect_messages(whole_road());
 }
 
 TEST_F(IngressCreate, UpdateStartsFromTheCachedObject)
@@ -127,10 +132,11 @@ TEST_F(IngressCreate, UpdateStartsFromTheCachedObject)
         with_port_tie(*lif, {called::ingress_init(), called::unit(), called::type(*lif, 26),
                              called::from_cache(IIF), called::trident2(0),
                              called::write_ingress(Fields{}.text(), IIF)}));
-    const auto seen = messages();
-    ASSERT_EQ(seen.size(), 11U);
-    EXPECT_EQ(seen[2], trace(CREATE, "Get l3_iif for iif 7\n"));
-    EXPECT_EQ(seen[3], trace(CREATE, "ipmc_intf_id = 1f class 41 flags = 6\n"));
+    auto expected = whole_road();
+    expected.insert(expected.begin() + 2,
+                    {trace(CREATE, "Get l3_iif for iif 7\n"),
+                     trace(CREATE, "ipmc_intf_id = 1f class 41 flags = 6\n")});
+    expect_messages(expected);
 }
 
 TEST_F(IngressCreate, UpdateLetsFieldsThatItDoesNotSetReachTheChipUnchanged)
@@ -255,6 +261,19 @@ TEST_F(IngressCreateOnTrident2, FirstCreationWritesTheObjectAndTiesThePort)
     expect_calls(with_port_tie(
         *lif, {called::ingress_init(), called::unit(), called::type(*lif, 26), called::trident2(1),
                called::write_ingress(Fields{.flags = "0x486"}.text(), IIF)}));
+    expect_messages(whole_road());
+}
+
+TEST_F(IngressCreateOnTrident2, SubinterfaceOfAPortChannelHasThePortChannelsFlags)
+{
+    const auto main = port_channel(9);
+    main->with_record(IIF).properties.ipv4_en = 0;
+    main->properties.ingress_flag_word = 1;
+    const auto sub = subinterface(*main, 10);
+    sub->with_record(8).properties.ipv6_en = 1;
+    this->start();
+    EXPECT_EQ(rtifhal_l3_ing_create(sub->get(), 1), 0);
+    EXPECT_EQ(calls_of({"rtifhal_bcm_l3_ingress_create"}), object({.flags = "0x84a6", .vrf = 0}));
 }
 
 TEST_F(IngressCreateOnTrident2, FlagsArePrintedBeforeTheChipsOwnBits)
@@ -338,12 +357,16 @@ TEST_F(IngressCreate, UpdateOfAnObjectThatTheCacheDoesNotHaveFails)
 
 TEST_F(IngressCreate, UnknownTypeIsReportedAndThePortIsTiedAllTheSame)
 {
-    fail("if_index_get_type", -1);
-    EXPECT_EQ(rtifhal_l3_ing_create(lif->get(), 1), 0);
-    expect_calls(
-        with_port_tie(*lif, {called::ingress_init(), called::unit(), called::no_type(*lif),
-                             called::trident2(0), called::write_ingress(Fields{}.text(), IIF)}));
-    expect_reports({report(CREATE, "bcm_l3_ing_create(" + lif->decimal() + ") get type failed\n")});
+    for (const int code : {-1, 1}) {
+        start();
+        fail("if_index_get_type", code);
+        EXPECT_EQ(rtifhal_l3_ing_create(lif->get(), 1), 0);
+        expect_calls(with_port_tie(*lif, {called::ingress_init(), called::unit(),
+                                          called::no_type(*lif, code), called::trident2(0),
+                                          called::write_ingress(Fields{}.text(), IIF)}));
+        expect_reports(
+            {report(CREATE, "bcm_l3_ing_create(" + lif->decimal() + ") get type failed\n")});
+    }
 }
 
 TEST_F(IngressCreate, SviOfUnknownTypeIsNotTiedToItsVlan)

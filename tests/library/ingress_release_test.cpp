@@ -1,8 +1,8 @@
 /*
- * ingress_release_test.cpp: untying an interface from its L3 ingress object,
- * the mapped mark of an SVI's VLAN, and a new class label for a live interface.
+ * ingress_release_test.cpp: untying an interface from its L3 ingress object, and
+ * the mapped mark of an SVI's VLAN.
  *
- * ingress_ties_test.cpp has the tying.
+ * ingress_ties_test.cpp has the tying, relabel_test.cpp a new class label.
  */
 #include "support/l3_objects.h"
 #include "support/library_test.h"
@@ -17,10 +17,8 @@ namespace
 
 constexpr const char *DELETE = "rtifhal_l3_ing_delete";
 constexpr const char *LABEL = "rtifhal_l3_ing_update_vlan_label";
-constexpr const char *RELABEL = "rtifhal_upd_classid";
 constexpr int IIF = 7;
 constexpr int VLAN = 100;
-constexpr int NOWHERE_TO_KEEP_IT = 0x41ED0011;
 
 /** The embedded switch has an ingress object of that number. */
 void make_object(int iif)
@@ -78,30 +76,6 @@ protected:
     std::unique_ptr<Lif> lif = svi(VLAN);
 };
 
-/** A port that the layer above knows. */
-class Relabel : public LibraryTest
-{
-protected:
-    Relabel()
-    {
-        sw.directory.add(lif->get());
-        start();
-    }
-
-    int relabel(std::uint16_t label) { return rtifhal_upd_classid(label, lif->lif.ifindex); }
-    std::string found(const char *answer = "record") const
-    {
-        return "l3lif_find_lif_from_ifindex(" + lif->index() + ") = " + answer;
-    }
-    Message entered(int label) const
-    {
-        return trace(RELABEL,
-                     "if_index:" + lif->index() + ", class_id:" + std::to_string(label) + "\n");
-    }
-
-    std::unique_ptr<Lif> lif = port(5);
-};
-
 } // namespace
 
 TEST_F(IngressDelete, UntyingAPortKeepsTheObjectAndClearsTheControl)
@@ -120,6 +94,10 @@ TEST_F(IngressDelete, DestroyingAPortsObjectClearsTheControlToo)
     EXPECT_EQ(destroy(*lif), 0);
     expect_calls(
         port_calls(*lif, {called::unit(), called::type(*lif, 26), called::destroy_ingress(IIF)}));
+    expect_messages({trace(DELETE, "ifindex = " + lif->hex() + " destroy = 1\n"),
+                     trace(DELETE, "iftype = 1a iif = 7 l3_if_index = 7\n"),
+                     trace(DELETE, "L3 Phy \n"),
+                     trace(DELETE, "L3Ingress L3 Phy or L3 PC port =  5if = 0\n")});
     EXPECT_EQ(rtifhal_bcm_l3_ingress_get_from_cache(IIF), nullptr);
 }
 
@@ -154,20 +132,66 @@ TEST_F(IngressDelete, RefusedDestroyAndRefusedControlAreNotLookedAt)
 
 TEST_F(IngressDelete, UnknownTypeIsReportedAndCountsAsAPort)
 {
+    for (const int code : {-1, 1}) {
+        start();
+        fail("if_index_get_type", code);
+        EXPECT_EQ(untie(*lif), 0);
+        expect_calls(port_calls(*lif, {called::unit(), called::no_type(*lif, code)}));
+        expect_reports(
+            {report(DELETE, "bcm_l3_ing_create(" + lif->decimal() + ") get type failed\n")});
+        EXPECT_EQ(messages()[2], trace(DELETE, "iftype = 0 iif = 7 l3_if_index = 7\n"));
+    }
+}
+
+TEST_F(IngressDelete, SviOfUnknownTypeGetsItsControlOnPortMinusOne)
+{
+    const auto vlan = svi(VLAN);
     fail("if_index_get_type", -1);
-    EXPECT_EQ(untie(*lif), 0);
-    expect_calls(port_calls(*lif, {called::unit(), called::no_type(*lif)}));
-    expect_reports({report(DELETE, "bcm_l3_ing_create(" + lif->decimal() + ") get type failed\n")});
-    EXPECT_EQ(messages()[2], trace(DELETE, "iftype = 0 iif = 7 l3_if_index = 7\n"));
+    EXPECT_EQ(untie(vlan->with_record(IIF)), 0);
+    expect_calls({called::unit(), called::no_type(*vlan), called::is_tunnel(*vlan, 0),
+                  called::is_sub(*vlan, 0), called::type(*vlan, 9),
+                  called::port_control(-1, 0, -4)});
+}
+
+TEST_F(IngressDelete, AnyNonzeroFlagDestroys)
+{
+    EXPECT_EQ(rtifhal_l3_ing_delete(lif->get(), -1), 0);
+    EXPECT_EQ(calls_of({"rtifhal_bcm_l3_ingress_destroy"}),
+              std::vector<std::string>({called::destroy_ingress(IIF)}));
+    EXPECT_EQ(messages()[0], trace(DELETE, "ifindex = " + lif->hex() + " destroy = -1\n"));
+}
+
+TEST_F(IngressDelete, AnyNonzeroAnswerTellsTheKind)
+{
+    for (const char *kind : {"if_index_is_tunnel_intf", "if_index_is_sub_intf"}) {
+        start();
+        fail(kind, -1);
+        EXPECT_EQ(untie(*lif), 0);
+        EXPECT_EQ(calls().back(), std::string(kind) + "(" + lif->index() + ") = -1");
+    }
+}
+
+TEST_F(IngressDelete, UnitIsThePlatforms)
+{
+    fail("rtifhal_get_bcm_unit", 3);
+    EXPECT_EQ(destroy(*lif), 0); // this chip has no other unit
+    EXPECT_EQ(calls_of({"rtifhal_bcm_l3_ingress_destroy", "fwmpd_bcm_port_control_set"}),
+              std::vector<std::string>({"rtifhal_bcm_l3_ingress_destroy(3, 7) = -3",
+                                        "fwmpd_bcm_port_control_set(3, 5, 67, 0) = -3"}));
 }
 
 TEST_F(IngressDelete, UnknownPortIsReportedAndMinusOneIsWritten)
 {
     fail("if_index_get_port", 1);
     EXPECT_EQ(untie(*lif), 0);
-    expect_reports({report(DELETE, "bcm_l3_ing_create(" + lif->decimal() + ") get port failed\n")});
-    EXPECT_EQ(messages().back(), trace(DELETE, "L3Ingress L3 Phy or L3 PC port = -1if = 0\n"));
-    EXPECT_EQ(calls().back(), called::port_control(-1, 0, -4));
+    expect_calls({called::unit(), called::type(*lif, 26), called::is_tunnel(*lif, 0),
+                  called::is_sub(*lif, 0), called::type(*lif, 26),
+                  "if_index_get_port(" + lif->index() + ") = 1", called::port_control(-1, 0, -4)});
+    expect_messages({trace(DELETE, "ifindex = " + lif->hex() + " destroy = 0\n"),
+                     trace(DELETE, "iftype = 1a iif = 7 l3_if_index = 7\n"),
+                     trace(DELETE, "L3 Phy \n"),
+                     report(DELETE, "bcm_l3_ing_create(" + lif->decimal() + ") get port failed\n"),
+                     trace(DELETE, "L3Ingress L3 Phy or L3 PC port = -1if = 0\n")});
 }
 
 TEST_F(IngressDelete, MissingContextIsReportedAndCountsAsSuccess)
@@ -220,6 +244,8 @@ TEST_F(IngressDelete, SviEndsAfterTheDestroyByItsTypeAlone)
     const auto vlan = svi(VLAN);
     EXPECT_EQ(destroy(vlan->with_record(IIF)), 0);
     expect_calls({called::unit(), called::type(*vlan, 9), called::destroy_ingress(IIF)});
+    expect_messages({trace(DELETE, "ifindex = " + vlan->hex() + " destroy = 1\n"),
+                     trace(DELETE, "iftype = 9 iif = 7 l3_if_index = 7\n")});
 }
 
 TEST_F(IngressDelete, TunnelEndsAfterTheDestroy)
@@ -228,6 +254,8 @@ TEST_F(IngressDelete, TunnelEndsAfterTheDestroy)
     EXPECT_EQ(destroy(tun->with_record(IIF)), 0);
     expect_calls({called::unit(), called::type(*tun, 24), called::destroy_ingress(IIF),
                   called::is_tunnel(*tun, 1)});
+    expect_messages({trace(DELETE, "ifindex = " + tun->hex() + " destroy = 1\n"),
+                     trace(DELETE, "iftype = 18 iif = 7 l3_if_index = 7\n")});
 }
 
 TEST_F(IngressDelete, SubinterfaceOfAPortIsReleasedByItsOwnNumber)
@@ -316,30 +344,52 @@ TEST_F(VlanLabel, AnythingButAnSviIsLeftAlone)
     const auto other = port(5);
     const auto channel = port_channel(7);
     const auto tun = tunnel(3);
+    const auto sub = subinterface(*other, 10); // its 802.1Q VLAN is the SVI's
     for (const auto &[kind, type] :
-         {std::pair{other.get(), 26}, {channel.get(), 22}, {tun.get(), 24}}) {
+         {std::pair{other.get(), 26}, {channel.get(), 22}, {tun.get(), 24}, {sub.get(), 26}}) {
         start();
         EXPECT_EQ(rtifhal_l3_ing_update_vlan_label(kind->get()), 0);
         expect_calls({called::unit(), called::type(*kind, type)});
-        expect_reports({});
+        expect_messages(
+            {trace(LABEL, "Entered rtifhal_l3_ing_update_vlan_label for " + kind->index() + "\n")});
     }
 }
 
 TEST_F(VlanLabel, UnknownTypeFails)
 {
-    fail("if_index_get_type", -1);
-    EXPECT_EQ(update(), -1);
-    expect_calls({called::unit(), called::no_type(*lif)});
-    expect_reports({report(LABEL, " (" + lif->decimal() + ") get type failed\n")});
+    for (const int code : {-1, 1}) {
+        start();
+        fail("if_index_get_type", code);
+        EXPECT_EQ(update(), -1);
+        expect_calls({called::unit(), called::no_type(*lif, code)});
+        expect_reports({report(LABEL, " (" + lif->decimal() + ") get type failed\n")});
+    }
 }
 
 TEST_F(VlanLabel, VlanThatTheCacheDoesNotHaveFails)
 {
     fail("fwmpd_bcm_vlan_control_vlan_get_from_cache", 0);
     EXPECT_EQ(update(), -1);
+    expect_calls({called::unit(), called::type(*lif, 9),
+                  "fwmpd_bcm_vlan_control_vlan_get_from_cache(100) = null"});
     expect_reports({report(LABEL, "fwmpd_bcm_vlan_control_vlan_get_from_cache(100) returned "
                                   "NULL\n")});
-    EXPECT_EQ(sw.journal.count("fwmpd_bcm_vlan_control_vlan_set"), 0U);
+}
+
+TEST_F(VlanLabel, VlanIsTheEncapsulationVlanAndNotTheOwnOne)
+{
+    lif->lif.vlan = 200;
+    EXPECT_EQ(update(), 0);
+    EXPECT_EQ(calls().back(), "fwmpd_trident_vlan_bvcvt_store(100) = 0");
+}
+
+TEST_F(VlanLabel, UnitIsThePlatforms)
+{
+    fail("rtifhal_get_bcm_unit", 3);
+    EXPECT_EQ(update(), 0); // this chip has no other unit
+    EXPECT_EQ(calls_of({"fwmpd_bcm_vlan_control_vlan_set"}),
+              std::vector<std::string>({"fwmpd_bcm_vlan_control_vlan_set(3, 100, {vrf=12 iif=7 "
+                                        "flags=0x278 class=2 urpf=2}) = -3"}));
 }
 
 TEST_F(VlanLabel, NullInterfaceFailsSilently)
@@ -347,112 +397,6 @@ TEST_F(VlanLabel, NullInterfaceFailsSilently)
     EXPECT_EQ(rtifhal_l3_ing_update_vlan_label(nullptr), -1);
     expect_calls({called::unit()});
     expect_messages({});
-}
-
-TEST_F(Relabel, LiveInterfaceStoresTheLabelAndWritesItsObjectAgain)
-{
-    lif->with_record(IIF);
-    make_object(IIF);
-    start();
-    EXPECT_EQ(relabel(5), 0);
-    expect_calls({found(), called::store(*lif), called::ingress_init(), called::unit(),
-                  called::type(*lif, 26), called::from_cache(IIF), called::trident2(0),
-                  called::write_ingress("{flags=0x6 vrf=1 urpf=0 class=69 ipmc=0 qos=0}", IIF),
-                  called::is_tunnel(*lif, 0), called::is_sub(*lif, 0),
-                  called::is_port_channel(*lif, 0), called::type(*lif, 26),
-                  called::port_of(*lif, 5), called::port_control(5, IIF)});
-    const auto seen = messages();
-    ASSERT_GE(seen.size(), 3U);
-    EXPECT_EQ(seen[0], entered(5));
-    EXPECT_EQ(seen[1], trace(RELABEL, "Updated l3_pd->acl_qos_label_ingress = class_id\n"));
-    EXPECT_EQ(seen[2], trace("rtifhal_trident_l3port_add_pss",
-                             "calling rtifhal_pss_l3port_store, lif (" + lif->index() + ")\n"));
-    EXPECT_EQ(lif->record()->acl_qos_label_ingress, 5);
-}
-
-TEST_F(Relabel, LabelThatIsInPlaceIsStoredAndWrittenAgain)
-{
-    lif->with_record(IIF).record()->acl_qos_label_ingress = 5;
-    make_object(IIF);
-    start();
-    EXPECT_EQ(relabel(5), 0);
-    EXPECT_EQ(sw.journal.count("rtifhal_pss_l3port_store"), 1U);
-    EXPECT_EQ(sw.journal.count("rtifhal_bcm_l3_ingress_create"), 1U);
-}
-
-TEST_F(Relabel, ResultOfTheWritingIsHandedUp)
-{
-    lif->with_record(IIF);
-    EXPECT_EQ(relabel(5), -1);
-    EXPECT_EQ(lif->record()->acl_qos_label_ingress, 5);
-    expect_reports({report("rtifhal_l3_ing_create",
-                           "rtifhal_bcm_l3_ingress_get_from_cache returned NULL for iif 7\n")});
-}
-
-TEST_F(Relabel, RefusedStoreDoesNotStopTheWriting)
-{
-    lif->with_record(IIF);
-    make_object(IIF);
-    fail("rtifhal_pss_l3port_store", -9);
-    EXPECT_EQ(relabel(5), 0);
-    EXPECT_EQ(calls().back(), called::port_control(5, IIF));
-}
-
-TEST_F(Relabel, WithoutARecordTheLabelWaitsAndTheErrorIsReported)
-{
-    for (const bool bare : {false, true}) {
-        if (bare) {
-            lif->with_bare_context();
-        }
-        start();
-        EXPECT_EQ(relabel(5), 0);
-        expect_calls({found()});
-        expect_messages({entered(5), report(RELABEL, "failed to get l3_pd from if_index " +
-                                                         lif->hex() + "\n")});
-        EXPECT_EQ(lif->properties.acl_qos_label_pending, 5);
-    }
-}
-
-TEST_F(Relabel, WithoutRecordAndPropertiesThereIsNowhereToKeepTheLabel)
-{
-    lif->without_properties();
-    EXPECT_EQ(relabel(5), NOWHERE_TO_KEEP_IT);
-    expect_messages(
-        {entered(5), report(RELABEL, "failed to get l3_pd from if_index " + lif->hex() + "\n")});
-}
-
-TEST_F(Relabel, WithoutPropertiesTheLabelStandsInTheRecordAndTheWritingFails)
-{
-    lif->with_record(IIF).without_properties();
-    EXPECT_EQ(relabel(5), -1);
-    EXPECT_EQ(lif->record()->acl_qos_label_ingress, 5);
-    EXPECT_EQ(sw.journal.count("rtifhal_pss_l3port_store"), 1U);
-}
-
-TEST_F(Relabel, UnknownInterfaceFails)
-{
-    sw.directory.remove(lif->lif.ifindex);
-    EXPECT_EQ(relabel(5), -1);
-    expect_calls({found("null")});
-    expect_messages(
-        {entered(5), report(RELABEL, "failed to get l3lif from if_index " + lif->hex() + "\n")});
-}
-
-TEST_F(Relabel, SubinterfaceOfAPortChannelKeepsTheLabelInItsOwnRecord)
-{
-    const auto main = port_channel(7);
-    main->with_record(IIF);
-    make_object(IIF);
-    const auto sub = subinterface(*main, 10);
-    sw.directory.add(sub->with_record(8).get());
-    start();
-    EXPECT_EQ(rtifhal_upd_classid(5, sub->lif.ifindex), 0);
-    EXPECT_EQ(sub->record()->acl_qos_label_ingress, 5);
-    EXPECT_EQ(main->record()->acl_qos_label_ingress, 0);
-    EXPECT_EQ(calls_of({"rtifhal_pss_l3port_store", "rtifhal_bcm_l3_ingress_create"}),
-              std::vector<std::string>(
-                  {called::store(*sub),
-                   called::write_ingress("{flags=0x6 vrf=1 urpf=0 class=64 ipmc=0 qos=0}", IIF)}));
 }
 
 } // namespace rtifhal_test

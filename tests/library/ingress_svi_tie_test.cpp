@@ -118,6 +118,32 @@ TEST_F(IngressTieOfSvi, VlanIsTheEncapsulationVlanAndNotTheOwnOne)
     EXPECT_EQ(calls_of({"fwmpd_bcm_vlan_control_vlan_set"}), Calls({mapping_calls(0)[1]}));
 }
 
+TEST_F(IngressTieOfSvi, VlanIsThatOfThePortChannelThatIsWorkedOn)
+{
+    const auto main = port_channel(7);
+    main->with_record(TIED_IIF).lif.si_encap_vlan = VLAN;
+    lif->lif.si_encap_vlan = 200;
+    lif->lif.main_l3lif = main->get();
+    EXPECT_EQ(create(*lif), 0);
+    EXPECT_EQ(calls_of({"fwmpd_bcm_vlan_control_vlan_set"}), Calls({mapping_calls(0)[1]}));
+}
+
+TEST_F(IngressTieOfSvi, UnitIsThePlatforms)
+{
+    fail("rtifhal_get_bcm_unit", 3);
+    EXPECT_EQ(create(*lif), -3); // this chip has no other unit
+    EXPECT_EQ(calls().back(), "fwmpd_bcm_vlan_control_vlan_set(3, 100, {vrf=1 iif=7 flags=0x278 "
+                              "class=6 urpf=0}) = -3");
+}
+
+TEST_F(IngressTieOfSvi, PositiveAnswerToTheVlanRecordIsNoFailure)
+{
+    fail("fwmpd_bcm_vlan_control_vlan_set", 1);
+    EXPECT_EQ(create(*lif), 0);
+    expect_reports({});
+    EXPECT_EQ(sw.journal.count("bcm_vlan_control_vlan_set"), 1U);
+}
+
 TEST_F(IngressTieOfSvi, RefusedObjectDoesNotStopTheTie)
 {
     fail("rtifhal_bcm_l3_ingress_create", -6);

@@ -108,7 +108,10 @@ TEST_F(IngressTieOfPortChannel, NoMemberTiesNothing)
 {
     make_trunk({});
     EXPECT_EQ(create(*lif), 0);
-    EXPECT_EQ(port_controls(), Calls());
+    expect_calls(
+        with_object(*lif, 22,
+                    trunk_calls("0 [info={flags=0x0 psc=0 ipmc_psc=0 dlf=-1 mc=-1 ipmc=-1 size=0} "
+                                "count=0 members=[]]")));
     EXPECT_EQ(tie_messages(),
               Messages({tid_found(), trace(CREATE, "tid = 41\n"),
                         trace(CREATE, "total member ports = 0\n"), success(*lif, -1)}));
@@ -160,6 +163,26 @@ TEST_F(IngressTieOfPortChannel, FullTrunkIsWalkedWhole)
     EXPECT_EQ(port_controls().back(), called::port_control(32, TIED_IIF));
 }
 
+TEST_F(IngressTieOfPortChannel, MembersAboveTheRoomForThemAreNotWalked)
+{
+    make_trunk(std::vector<std::uint32_t>(32, 0x8000005));
+    // The embedded switch takes no more than 32; another chip's count may be larger.
+    auto &members = const_cast<simswitch::chip::Trunk *>(sw.chip.trunks.find(TRUNK))->members;
+    members.push_back(members.front());
+    create(*lif);
+    EXPECT_EQ(port_controls(), Calls(32, called::port_control(5, TIED_IIF)));
+    EXPECT_EQ(tie_messages()[2], trace(CREATE, "total member ports = 33\n"));
+    EXPECT_EQ(messages().back(), success(*lif, -1));
+}
+
+TEST_F(IngressTieOfPortChannel, PositiveAnswerToTheTrunkIsReportedToo)
+{
+    fail("bcm_trunk_get", 1);
+    EXPECT_EQ(create(*lif), 0);
+    expect_calls(with_object(*lif, 22, trunk_calls("1")));
+    expect_reports({report(CREATE, "bcm_trunk_get(41) failed\n")});
+}
+
 TEST_F(IngressTieOfPortChannel, MissingTrunkIsReportedAndTiesNothing)
 {
     EXPECT_EQ(create(*lif), 0);
@@ -174,9 +197,15 @@ TEST_F(IngressTieOfPortChannel, MissingTrunkIdIsReportedAndTheTrunkIsStillAskedF
 {
     fail("if_index_is_eth_port_channel_intf", 0, 2);
     EXPECT_EQ(create(*lif), 0);
-    EXPECT_EQ(reports().at(0), report(CREATE, "ifindex_to_bcm_tid(" + lif->hex() + ") failed\n"));
-    EXPECT_EQ(sw.journal.count("bcm_trunk_get"), 1U);
-    EXPECT_EQ(messages().back(), success(*lif, -1));
+    expect_calls(
+        with_object(*lif, 22,
+                    {called::is_tunnel(*lif, 0), called::is_sub(*lif, 0),
+                     called::is_port_channel(*lif, 1), called::is_port_channel(*lif, 0),
+                     "bcm_trunk_info_t_init()", called::flush(), "bcm_trunk_get(0, 0, 32) = -7"}));
+    EXPECT_EQ(tie_messages(),
+              Messages({report(CREATE, "ifindex_to_bcm_tid(" + lif->hex() + ") failed\n"),
+                        trace(CREATE, "tid = 0\n"), report(CREATE, "bcm_trunk_get(0) failed\n"),
+                        trace(CREATE, "total member ports = 0\n"), success(*lif, -1)}));
 }
 
 TEST_F(IngressTieOfPortChannel, TrunkIdThatTheForwardingManagerLacksIsTheChannelPlusOne)
@@ -276,6 +305,37 @@ TEST_F(IngressTieOfPort, MemberPortGetsThePortChannelsNumber)
                     report(CREATE, "bcm_port_control_set(" + member->hex() +
                                        ") failed: " + _shr_errmsg[4] + "\n")});
     EXPECT_EQ(messages().back(), success(*member, -1));
+}
+
+TEST_F(IngressTieOfPort, AnyNonzeroAnswerTellsTheKind)
+{
+    fail("if_index_is_eth_port_channel_intf", -1);
+    EXPECT_EQ(create(*lif), 0);
+    EXPECT_EQ(sw.journal.count("bcm_trunk_get"), 1U);
+    for (const char *kind : {"if_index_is_tunnel_intf", "if_index_is_sub_intf"}) {
+        start();
+        fail(kind, -1);
+        EXPECT_EQ(create(*lif), 0);
+        EXPECT_EQ(calls().back(), std::string(kind) + "(" + lif->index() + ") = -1");
+        EXPECT_EQ(tie_messages(), Messages({success(*lif, -1)}));
+    }
+}
+
+TEST_F(IngressTieOfPort, UnitIsThePlatforms)
+{
+    fail("rtifhal_get_bcm_unit", 3);
+    EXPECT_EQ(create(*lif), 0); // this chip has no other unit
+    EXPECT_EQ(calls_of({"rtifhal_bcm_l3_ingress_create", "fwmpd_bcm_port_control_set"}),
+              Calls({"rtifhal_bcm_l3_ingress_create(3, " + TIED_OBJECT + ", 7) = -3",
+                     "fwmpd_bcm_port_control_set(3, 5, 67, 7) = -3"}));
+}
+
+TEST_F(IngressTieOfPortChannel, UnitIsThePlatforms)
+{
+    make_trunk({0x8000005});
+    fail("rtifhal_get_bcm_unit", 3);
+    EXPECT_EQ(create(*lif), 0);
+    EXPECT_EQ(calls_of({"bcm_trunk_get"}), Calls({"bcm_trunk_get(3, 41, 32) = -3"}));
 }
 
 TEST_F(IngressTie, TunnelHasTheObjectAlone)

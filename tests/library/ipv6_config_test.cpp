@@ -118,6 +118,15 @@ TEST_F(Ipv6Config, OnWithTheGroupOnLeavesTheGroupAlone)
     EXPECT_EQ(nd_to_cpu(), 1);
 }
 
+TEST_F(Ipv6Config, StateThatTheReadDoesntTellCountsAsOff)
+{
+    fail(READ_GROUP, 0);
+    group_was(true);
+    EXPECT_EQ(rtifhal_set_kelvo_l3_ipv6_config(1), 0);
+    expect_calls(road({control_set(1), group_refused(0), group_set(1)}));
+    expect_messages({});
+}
+
 TEST_F(Ipv6Config, OffWithTheGroupOnSwitchesItOff)
 {
     rtifhal_set_kelvo_l3_ipv6_config(1);

@@ -159,6 +159,17 @@ TEST_F(L3DisableFailure, RefusedReadIsFoundBeforeTheMissingProperties)
                                                 lif->decimal(), _shr_errmsg[9]))});
 }
 
+TEST_F(L3DisableFailure, PositiveAnswerOfTheReadIsNoFailure)
+{
+    fail(READ_INGRESS, 3);
+    EXPECT_EQ(disable(), 0);
+    expect_calls(join(
+        {begun(*lif),
+         Calls{READ_INGRESS + "(0, 3) = 3",
+               called::write_ingress("{flags=0x5e2 vrf=0 urpf=0 class=0 ipmc=0 qos=0}", IIF)}}));
+    expect_reports({});
+}
+
 TEST_F(L3DisableFailure, WithoutPropertiesNothingIsWrittenAndItLooksLikeSuccess)
 {
     lif->without_properties();

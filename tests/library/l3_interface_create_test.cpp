@@ -344,7 +344,16 @@ TEST_F(L3InterfaceCreate, ParkedNumberInThePreserveTableIsReused)
     EXPECT_EQ(create(*lif), 0);
     expect_calls({called::intf_init(), called::store_globals(), write_object(300) + " = 0",
                   called::store(*lif)});
-    EXPECT_EQ(messages()[2], trace(CREATE, "Reusing l3a_intf_id 300\n"));
+    const std::string hex = lif->hex();
+    expect_messages({
+        trace(CREATE, "inl3lif->ifindex = " + hex + " l3lif->ifindex = " + hex + " create = 1\n"),
+        trace(CREATE, "create internal_vlan = 4094 si_encap_vlan = 0\n"),
+        trace(CREATE, "Reusing l3a_intf_id 300\n"),
+        trace(CREATE, " Calling bcm_l3_intf_create for 4094 intf-id 12c, mtu 1500, vrf 1\n"),
+        trace(CREATE, "Created l3-intf with intf-id as 0x12c\n"),
+        trace("rtifhal_trident_l3port_add_pss",
+              "calling rtifhal_pss_l3port_store, lif (" + lif->index() + ")\n"),
+    });
     EXPECT_TRUE(in_use(300));
     EXPECT_FALSE(held_back(300));
     EXPECT_FALSE(held_back_in_config(300));
@@ -445,6 +454,34 @@ TEST_F(L3InterfaceCreate, RefusedProgrammingAgainTouchesNeitherNumberNorRecord)
     EXPECT_EQ(lif->record()->brcm_prog_complete, 1U);
     EXPECT_EQ(lif->record()->l3intf_id, 0);
     EXPECT_EQ(lif->record()->prev_l3_if_index, 300);
+}
+
+TEST_F(L3InterfaceCreate, NumberZeroIsNoParkedNumber)
+{
+    const auto lif = ready_port();
+    lif->with_record(0);
+    hold_back(0);
+    EXPECT_EQ(create(*lif), 0);
+    EXPECT_EQ(lif->record()->l3intf_id, 3);
+    EXPECT_TRUE(held_back(0));
+}
+
+TEST_F(L3InterfaceCreate, AnyNonzeroFlagIsAFirstCreation)
+{
+    const auto lif = ready_port();
+    fail("rtifhal_bcm_l3_intf_create", TABLE_FULL);
+    EXPECT_EQ(rtifhal_l3_intf_create(0, lif->get(), nullptr, -1), -1);
+    EXPECT_FALSE(in_use(3));
+    EXPECT_EQ(rtifhal_l3_intf_create(0, lif->get(), nullptr, -1), 0);
+    EXPECT_EQ(written().back(), write_object(3) + " = 0");
+}
+
+TEST_F(L3InterfaceCreate, UnitIsTheCallers)
+{
+    const auto lif = ready_port();
+    EXPECT_EQ(rtifhal_l3_intf_create(3, lif->get(), nullptr, 1), -1); // this chip has unit 0 only
+    EXPECT_EQ(written(), only("rtifhal_bcm_l3_intf_create(3, {flags=0x40 id=3 mac=00:11:22:33:44:55"
+                              " vid=4094 vrf=1 mtu=1500 ttl=0 tunnel=0}) = -3"));
 }
 
 TEST_F(L3InterfaceCreate, NullInterfaceIsRefusedWithoutACall)

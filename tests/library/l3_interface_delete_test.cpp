@@ -227,6 +227,22 @@ TEST_F(L3InterfaceDelete, SubinterfaceOfAPortChannelIsDeletedByItsOwnRecord)
     EXPECT_EQ(main->record()->l3intf_id, 41);
 }
 
+TEST_F(L3InterfaceDelete, AnyNonzeroFlagDestroys)
+{
+    EXPECT_EQ(rtifhal_l3_intf_delete(lif->get(), nullptr, -1), 0);
+    EXPECT_TRUE(held_back(LIVE));
+    EXPECT_EQ(lif->lif.l3lif_pd_ctxt, nullptr);
+}
+
+TEST_F(L3InterfaceDelete, UnitIsThePlatforms)
+{
+    fail("rtifhal_get_bcm_unit", 3);
+    EXPECT_EQ(take_down(*lif), 0); // this chip has no other unit
+    expect_calls({"rtifhal_get_bcm_unit(0) = 3", called::intf_init(),
+                  "rtifhal_bcm_l3_intf_delete(3, " + bare_object(LIVE) + ") = -3",
+                  called::unstore(*lif)});
+}
+
 TEST_F(L3InterfaceDelete, NullInterfaceIsRefusedWithoutACall)
 {
     EXPECT_EQ(rtifhal_l3_intf_delete(nullptr, nullptr, 1), -1);
@@ -261,12 +277,28 @@ TEST_F(L3InterfaceFinish, ValueOfTheIngressObjectIsHandedUpAfterTheWholeRoad)
 
 TEST_F(L3InterfaceFinish, UnknownTypeIsReportedAndPrintedAsZero)
 {
-    fail("if_index_get_type", -1);
-    rtifhal_l3_destroy(parked->get());
-    expect_reports(
-        {report(DESTROY, "bcm_l3_ing_create(" + parked->decimal() + ") get type failed\n")});
-    EXPECT_EQ(messages()[2], trace(DESTROY, "iftype = 0 iif = 12c prev_l3_if_index = 12c\n"));
-    EXPECT_TRUE(held_back(LIVE));
+    for (const int code : {-1, 1}) {
+        const auto unknown = port(6);
+        unknown->with_parked(LIVE);
+        start();
+        fail("if_index_get_type", code);
+        EXPECT_EQ(rtifhal_l3_destroy(unknown->get()), -7); // there is no ingress object
+        expect_calls({called::unit(), called::no_type(*unknown, code),
+                      called::destroy_ingress(LIVE, -7), called::inband_init(),
+                      called::store_globals(), RELEASE, RELEASE});
+        expect_reports(
+            {report(DESTROY, "bcm_l3_ing_create(" + unknown->decimal() + ") get type failed\n")});
+        EXPECT_EQ(messages()[2], trace(DESTROY, "iftype = 0 iif = 12c prev_l3_if_index = 12c\n"));
+        EXPECT_TRUE(held_back(LIVE));
+    }
+}
+
+TEST_F(L3InterfaceFinish, UnitIsThePlatforms)
+{
+    fail("rtifhal_get_bcm_unit", 3);
+    EXPECT_EQ(rtifhal_l3_destroy(parked->get()), -3);
+    EXPECT_EQ(calls_of({"rtifhal_bcm_l3_ingress_destroy"}),
+              std::vector<std::string>({"rtifhal_bcm_l3_ingress_destroy(3, 300) = -3"}));
 }
 
 TEST_F(L3InterfaceFinish, LiveInterfaceHasNoParkedNumberToGiveBack)

@@ -98,6 +98,24 @@ protected:
 
     static int create(Lif &lif) { return rtifhal_l3_intf_create(0, lif.get(), nullptr, 1); }
     static int program_again(Lif &lif) { return rtifhal_l3_intf_create(0, lif.get(), nullptr, 0); }
+    /** The messages of a creation behind the choice of the record. */
+    static std::vector<Message> made(const Lif &in_hand, const Lif &worked_on,
+                                     const std::string &vlans, const std::string &object)
+    {
+        return {
+            trace(CREATE, "inl3lif->ifindex = " + in_hand.hex() +
+                              " l3lif->ifindex = " + worked_on.hex() + " create = 1\n"),
+            trace(CREATE, "create " + vlans + "\n"),
+            trace("l3iif_table_init", " l3iif_table_init called with :1 \n"),
+            trace("rtifhal_alloc_l3iif", " iif_index = 0x3\n"),
+            trace(CREATE, "Allocating l3lif_pd_ctxt\n"),
+            trace(CREATE, "Allocating l3_pd\n"),
+            trace(CREATE, " Calling bcm_l3_intf_create for " + object + "\n"),
+            trace(CREATE, "Created l3-intf with intf-id as 0x3\n"),
+            trace("rtifhal_trident_l3port_add_pss",
+                  "calling rtifhal_pss_l3port_store, lif (" + worked_on.index() + ")\n"),
+        };
+    }
     static std::unique_ptr<Lif> unlike(std::unique_ptr<Lif> main)
     {
         main->lif.mac[5] = 0x77;
@@ -282,11 +300,11 @@ TEST_F(L3InterfaceOfSubinterface, OnAPortItReportsAndCreatesItsOwnObject)
                   "rtifhal_bcm_l3_intf_create(0, {flags=0x40 id=3 mac=00:11:22:33:44:55 vid=100 "
                   "vrf=1 mtu=1500 ttl=0 tunnel=0}) = 0",
                   called::store(*sub)});
-    EXPECT_EQ(messages()[0],
-              report(CREATE, "No context set in l3iif for intf " + main->index() + "\n"));
-    EXPECT_EQ(messages()[1],
-              trace(CREATE, "inl3lif->ifindex = " + sub->hex() + " l3lif->ifindex = " + sub->hex() +
-                                " create = 1\n"));
+    auto expected = made(*sub, *sub, "internal_vlan = 4094 si_encap_vlan = 100",
+                         "100 intf-id 3, mtu 1500, vrf 1");
+    expected.insert(expected.begin(),
+                    report(CREATE, "No context set in l3iif for intf " + main->index() + "\n"));
+    expect_messages(expected);
     expect_created(*sub, 3);
     EXPECT_EQ(main->lif.l3lif_pd_ctxt, nullptr);
 }
@@ -301,12 +319,11 @@ TEST_F(L3InterfaceOfSubinterface, OnAPortChannelTheMainInterfaceIsCreatedAndStor
                   "rtifhal_bcm_l3_intf_create(0, {flags=0x40 id=3 mac=00:11:22:33:44:77 vid=702 "
                   "vrf=8 mtu=4000 ttl=0 tunnel=0}) = 0",
                   called::store(*main)});
-    EXPECT_EQ(messages()[0],
-              trace(CREATE, "context set in l3iif for intf " + main->index() + "\n"));
-    EXPECT_EQ(messages()[1],
-              trace(CREATE, "inl3lif->ifindex = " + sub->hex() +
-                                " l3lif->ifindex = " + main->hex() + " create = 1\n"));
-    EXPECT_EQ(messages()[2], trace(CREATE, "create internal_vlan = 701 si_encap_vlan = 702\n"));
+    auto expected = made(*sub, *main, "internal_vlan = 701 si_encap_vlan = 702",
+                         "702 intf-id 3, mtu 4000, vrf 8");
+    expected.insert(expected.begin(),
+                    trace(CREATE, "context set in l3iif for intf " + main->index() + "\n"));
+    expect_messages(expected);
     expect_created(*main, 3);
     EXPECT_EQ(sub->lif.l3lif_pd_ctxt, nullptr);
 }
@@ -355,6 +372,28 @@ TEST_F(L3InterfaceOfSubinterface, OnAPortChannelProgrammingAgainTakesTheMainInte
     EXPECT_EQ(main->record()->l3intf_id, 41);
     EXPECT_EQ(main->record()->brcm_prog_complete, 0U);
     EXPECT_EQ(sub->record()->l3intf_id, 9);
+}
+
+TEST_F(L3InterfaceOfSubinterface, OnAPortChannelTheMainInterfacesMissingRecordCounts)
+{
+    const auto main = unlike(port_channel(7));
+    const auto sub = subinterface(*main, 10);
+    EXPECT_EQ(program_again(sub->with_record(9)), -1);
+    expect_calls({called::intf_init(), called::is_port_channel(*main, 1)});
+    expect_reports({report(CREATE, " NULL l3lif pd context for intf " + main->index())});
+}
+
+TEST_F(L3InterfaceOfSubinterface, OnAPortChannelOwnPropertiesDoNotCount)
+{
+    const auto main = unlike(port_channel(7));
+    const auto sub = subinterface(*main, 10);
+    main->without_properties();
+    sub->properties.vrf = 12;
+    EXPECT_EQ(create(*sub), 0);
+    EXPECT_EQ(calls_of({"rtifhal_bcm_l3_intf_create"}),
+              std::vector<std::string>(
+                  {"rtifhal_bcm_l3_intf_create(0, {flags=0x40 id=3 mac=00:11:22:33:44:77 vid=702 "
+                   "vrf=1 mtu=1500 ttl=0 tunnel=0}) = 0"}));
 }
 
 TEST_F(L3InterfaceOfSubinterface, MemberPortOfAPortChannelWorksOnThePortChannelToo)

@@ -433,6 +433,30 @@ TEST_F(MemberAdd, EntryReportsTheEgressStepLikeTheIngressStep)
     EXPECT_EQ(first->lif.lif_state, 3U);
 }
 
+TEST_F(MemberAdd, EntryReportsAPositiveAnswerOfTheEgressStepToo)
+{
+    fail_when(SWITCH_CONTROL, "0, 230, 1", 1);
+    EXPECT_EQ(rtifhal_trident_add_l3pc(first->get(), 1), 0);
+    expect_step_reports({if_failed(*first, 1)});
+}
+
+TEST_F(MemberAdd, EntryReportsAPositiveAnswerOfTheIngressStepToo)
+{
+    fail("if_index_get_type", 5, 2); // the interface step asked first
+    EXPECT_EQ(rtifhal_trident_add_l3pc(first->get(), 1), 0);
+    expect_step_reports({if_failed(*first, 1)});
+}
+
+TEST_F(MemberAddAgain, PositiveAnswerOfTheUntaggedVlanComesOutTooAndIsReported)
+{
+    fail(UNTAGGED_VLAN, 1);
+    EXPECT_EQ(rtifhal_trident_add_l3pc(first->get(), 0), 0);
+    expect_reports({itf_failed(*first, 0)});
+    start();
+    fail(UNTAGGED_VLAN, 1);
+    EXPECT_EQ(add(0), 1);
+}
+
 TEST_F(MemberAdd, UnitIsThePlatforms)
 {
     fail("rtifhal_get_bcm_unit", 1);

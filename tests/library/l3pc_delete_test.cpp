@@ -407,6 +407,13 @@ TEST_F(MemberDelete, RefusedDiscardIsReportedOnly)
         STEP, fmt::format("port_discard({}) failed: {}\n", first->decimal(), _shr_errmsg[4]))});
 }
 
+TEST_F(MemberDelete, DiscardThatAnswersPositivelyIsNoRefusal)
+{
+    fail(DISCARD, 1);
+    EXPECT_EQ(del(0), 0);
+    expect_reports({});
+}
+
 TEST_F(MemberDelete, VlanIsThePortChannelsInternalOne)
 {
     main->lif.int_vlan = 100;

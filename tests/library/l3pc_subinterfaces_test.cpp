@@ -221,8 +221,9 @@ TEST_F(MemberSubinterfaces, EmptyTreeReplaysNothing)
 {
     tree_of({});
     EXPECT_EQ(add(1), 0);
-    EXPECT_EQ(calls_of({LOOK_UP, TRANSLATE}), Calls{});
-    EXPECT_EQ(calls().back(), ordinary_start()[0]);
+    // Its count says that it is empty; there is no walk.
+    EXPECT_EQ(behind_routed_vlan(),
+              join({Calls{HAS_SUBINTERFACES}, untagged_vlan(FIRST), ordinary_start()}));
 }
 
 TEST_F(MemberSubinterfaces, SecondRefusedUntaggedVlanComesOutWhereThereIsNothingToReplay)
@@ -390,7 +391,9 @@ TEST_F(MemberSubinterfaces, LeavingWithAnEmptyTreeTakesNothingOff)
 {
     up_with({});
     EXPECT_EQ(del(0), 0);
-    EXPECT_EQ(calls_of({TRANSLATE_DELETE}), Calls{});
+    EXPECT_EQ(behind_discard(), Calls{HAS_SUBINTERFACES});
+    EXPECT_EQ(messages().back(),
+              trace(DEL, "Disable subintercae setting on " + first->hex() + "\n"));
 }
 
 TEST_F(MemberSubinterfaces, LeavingNamesZeroForOnesWithoutAContextOrRecord)

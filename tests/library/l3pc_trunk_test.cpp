@@ -186,6 +186,14 @@ TEST_F(TrunkJoin, TrunkReadWithAPositiveAnswerIsReportedWithThatText)
     expect_reports({get_failed(_shr_errmsg[19])});
 }
 
+TEST_F(TrunkJoin, TrunkReadWithAPositiveAnswerIsJoinedInSilenceWithoutCreate)
+{
+    fail("bcm_trunk_get", 5);
+    fail(MEMBER_ADD, 0);
+    EXPECT_EQ(rtifhal_alloc_l3pc_add(0, TRUNK, FIRST, 0), 0);
+    expect_messages({entered(0)});
+}
+
 TEST_F(TrunkJoin, ExistingTrunkIsJoinedInSilenceWithoutCreate)
 {
     trunk_with({9});

@@ -4,6 +4,7 @@
  *
  * l3port_road_test.cpp has the road without failures.
  */
+#include "support/handed_over.h"
 #include "support/l3_objects.h"
 #include "support/library_test.h"
 #include "support/lif.h"
@@ -15,6 +16,8 @@
 #include <sdk/error.h>
 
 #include <fmt/format.h>
+
+#include <map>
 
 namespace rtifhal_test
 {
@@ -255,6 +258,19 @@ TEST_F(L3PortAdd, RefusedVlanLeavesTheObjectInPlace)
     });
     EXPECT_EQ(lif->record()->l3intf_id, 3);
     EXPECT_EQ(lif->lif.lif_state, UNTOUCHED);
+    sw.end_request();
+    EXPECT_NE(sw.chip.l3_interfaces.find(3), nullptr);
+    EXPECT_EQ(sw.chip.ports.get(PORT).controls, (std::map<int, int>{{8, 1}, {10, 1}}));
+}
+
+TEST_F(L3PortAdd, ObjectThatIsHandedOverHasTheLiveNumberOrNone)
+{
+    const HandedOver watch;
+    rtifhal_trident_l3port_add(lif->get(), 1);
+    ASSERT_TRUE(HandedOver::record().has_value());
+    EXPECT_EQ(HandedOver::record()->l3a_intf_id, 0);
+    EXPECT_EQ(rtifhal_trident_l3port_add(lif->get(), 0), 0);
+    EXPECT_EQ(HandedOver::record()->l3a_intf_id, 3);
 }
 
 TEST_F(L3PortAdd, EntryReportsWithTheCreateThatItWasGiven)

@@ -174,6 +174,24 @@ TEST_F(L3PortRoad, DownWithTheRecordKeptParksTheNumber)
     EXPECT_FALSE(held_back(IIF));
 }
 
+TEST_F(L3PortRoad, DownWithTheRecordKeptLeavesEveryMessage)
+{
+    const auto lif = port(PORT);
+    brought_up(*lif);
+    rtifhal_trident_del_l3port(lif->get(), 0);
+    expect_messages(down_messages(0));
+}
+
+TEST_F(L3PortRoad, DownForGoodAfterThatLeavesEveryMessage)
+{
+    const auto lif = port(PORT);
+    brought_up(*lif);
+    rtifhal_trident_del_l3port(lif->get(), 0);
+    start();
+    rtifhal_trident_del_l3port(lif->get(), 1);
+    expect_messages(parked_down_messages());
+}
+
 TEST_F(L3PortRoad, DownForGoodAfterThatReadsAndDeletesNoObject)
 {
     const auto lif = port(PORT);
@@ -200,6 +218,16 @@ TEST_F(L3PortRoad, UpAgainProgramsTheSameObjectsUnderTheSameNumber)
     EXPECT_EQ(lif->lif.lif_state, 3U);
     EXPECT_EQ(lif->record()->l3intf_id, IIF);
     EXPECT_EQ(lif->record()->brcm_prog_complete, 0U);
+}
+
+TEST_F(L3PortRoad, UpAgainLeavesEveryMessage)
+{
+    const auto lif = port(PORT);
+    brought_up(*lif);
+    rtifhal_trident_del_l3port(lif->get(), 0);
+    start();
+    rtifhal_trident_add_l3port(lif->get(), 0);
+    expect_messages(up_again_messages(Kind::trident));
 }
 
 TEST_F(L3PortRoad, UpAgainWithoutADownBetweenProgramsEverythingAgain)

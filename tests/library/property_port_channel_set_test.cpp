@@ -222,6 +222,14 @@ TEST_F(PropertyOfPortChannel, EmptyMemberTreeWritesTheObjectsAlone)
     expect_reports({});
 }
 
+TEST_F(PropertyOfPortChannel, SubinterfacesAreWalkedThoughThereIsNoMember)
+{
+    subs.add(*main, 10);
+    without_members();
+    EXPECT_EQ(set(), 0);
+    expect_calls(join({objects(Kind::trident), FIRST_MEMBER, LAST_MEMBER}));
+}
+
 TEST_F(PropertyOfPortChannel, MemberIsToldByTheFirstWordOfItsRecordAlone)
 {
     without_members();

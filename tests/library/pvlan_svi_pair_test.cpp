@@ -217,8 +217,24 @@ TEST_F(PvlanSviPair, GoneOneOnAPrimaryWithAnSviIsTakenBack)
     pair_goes(PRIMARY, SECONDARY);
     expect_calls(join({Calls{called::unit(), removed(PRIMARY, SECONDARY)},
                        taken_back_in_two_writes(PRIMARY, SECONDARY, IIF, 0x278)}));
+    expect_messages(join({Messages{announced_pair(PRIMARY, SECONDARY)}, uses_told(SECONDARY),
+                          Messages{trace(ROUTING, "Disabling v4/v6 routing on vlan 101\n")}}));
     EXPECT_EQ(in_the_chip(SECONDARY).ingress_if, 0U);
     EXPECT_EQ(in_the_chip(SECONDARY).flags, 0xA78U);
+}
+
+TEST_F(PvlanSviPair, GoneOneLeavesRoutingOnWhereASubinterfaceUsesTheSecondary)
+{
+    primary_has_an_svi();
+    announced({{PRIMARY, SECONDARY}});
+    rtifhal_vlan_type_count[SECONDARY].subint_count = 1;
+    cached(SECONDARY).vc_flags = svi_road::SWITCHED;
+    pair_goes(PRIMARY, SECONDARY);
+    expect_calls(join({Calls{called::unit(), removed(PRIMARY, SECONDARY)},
+                       taken_back_in_two_writes(PRIMARY, SECONDARY, IIF, 0x240)}));
+    expect_messages(join({Messages{announced_pair(PRIMARY, SECONDARY)}, uses_told(SECONDARY, 1),
+                          Messages{trace(ROUTING, "Enabling v4/v6 routing on vlan 101\n")}}));
+    EXPECT_EQ(in_the_chip(SECONDARY).flags, 0xA40U);
 }
 
 TEST_F(PvlanSviPair, UnknownOneMakesNoDifference)

@@ -146,6 +146,10 @@ TEST_F(PvlanSviStations, StationsComeBeforeTheVlansRecord)
     primary_has_an_svi();
     pair_appears(PRIMARY, SECONDARY);
     expect_calls(join({two_installed(), mirrored(PRIMARY, SECONDARY, IIF, 0x200)}));
+    expect_reports({});
+    EXPECT_EQ(kept(), (Calls{entry(*lif, PRIMARY, 1), entry(*lif, PRIMARY, 2, OTHER),
+                             entry(*lif, SECONDARY, 3), entry(*lif, SECONDARY, 4, OTHER)}));
+    EXPECT_EQ(in_the_chip(SECONDARY).ingress_if, static_cast<std::uint32_t>(IIF));
 }
 
 TEST_F(PvlanSviStations, EntriesThatSortBehindTheWalkArentVisited)

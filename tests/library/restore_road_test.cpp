@@ -185,13 +185,17 @@ TEST_F(RestoreRoad, RoutedGroupIsNotAllocatedASecondTime)
     EXPECT_EQ(l3_stg, 0);
 }
 
-TEST_F(RestoreRoad, NewVlanIsOfferedToTheGroupWhoseIdWasNotRestored)
+TEST_F(RestoreRoad, NewVlanJoinsGroup0BecauseTheGroupsIdWasNotRestored)
 {
     taken_over();
-    rtifhal_vlan_create(0, 100, PORT);
-    const Calls joins = calls_of({"fwmpd_allocate_stg", "bcm_stg_vlan_add"});
-    ASSERT_EQ(joins.size(), 1U);
-    EXPECT_TRUE(joins.front().starts_with("bcm_stg_vlan_add(0, 0, 100) = ")) << joins.front();
+    EXPECT_EQ(rtifhal_vlan_create(0, 100, PORT), 0);
+    sw.end_request();
+    EXPECT_EQ(calls_of({"fwmpd_allocate_stg", "bcm_stg_vlan_add"}),
+              Calls{"bcm_stg_vlan_add(0, 0, 100) = 0"});
+    EXPECT_EQ(sw.chip.stgs.vlans_of(0), std::vector<int>{100});
+    EXPECT_EQ(sw.chip.stgs.vlans_of(2), std::vector<int>{ROUTED});
+    EXPECT_EQ(sw.chip.stgs.find(0)->states.at(PORT), 4);
+    expect_reports({});
 }
 
 TEST_F(RestoreRoad, UnwrittenQueueOfTheLastProcessIsNotMadeUpFor)

@@ -162,6 +162,16 @@ TEST_F(RestoreSvi, WithoutARecordTheCachedIngressInterfaceStays)
     EXPECT_EQ(all_in_use(), "0-2 3584-8191");
 }
 
+TEST_F(RestoreSvi, ParkedNumberIsNotTheVlansIngressInterface)
+{
+    lif->properties.vrf = 5;
+    EXPECT_EQ(restore(lif->with_parked(50)), 0);
+    expect_calls({called::type(*lif, 9), cache_asked(VLAN)});
+    expect_cached(controls(5, 0, 0));
+    EXPECT_FALSE(in_use(50));
+    EXPECT_EQ(rtifhal_is_vlan_svi(VLAN), 1);
+}
+
 TEST_F(RestoreSvi, WithoutACachedRecordOnlyTheNumberIsTakenUp)
 {
     sw.wrappers.forget_vlan_control(VLAN);

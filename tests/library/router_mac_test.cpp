@@ -186,6 +186,22 @@ TEST_F(RouterMac, RefusedControlsOfTheDeleteAreTraces)
     });
 }
 
+TEST_F(RouterMac, PositiveAnswersAreNoFailures)
+{
+    const int station = rtifhal_trident_rmac_add(MAC);
+    start();
+    fail("bcm_l2_station_delete", 1);
+    fail_when("bcm_port_control_set", "0, 0, 8, 0", 1);
+    fail_when("bcm_port_control_set", "0, 0, 9, 0", 1);
+    EXPECT_EQ(rtifhal_trident_rmac_del(station), 0);
+    expect_messages({});
+
+    fail_when("bcm_port_control_set", "0, 0, 8, 1", 1);
+    fail_when("bcm_port_control_set", "0, 0, 9, 1", 1);
+    EXPECT_NE(rtifhal_trident_rmac_add(MAC), NO_STATION);
+    EXPECT_EQ(messages().size(), 1U); // the station's
+}
+
 TEST_F(RouterMac, DeleteOfOneOfTwoClosesTheCpuPortUntilTheNextAdd)
 {
     const std::uint8_t other[6] = {0x00, 0x1b, 0x54, 0xc2, 0xfe, 0x0a};

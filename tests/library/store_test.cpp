@@ -86,6 +86,19 @@ TEST_F(Store, RefusedRemovalIsReportedAndHandedUp)
     }
 }
 
+TEST_F(Store, EveryMessageNamesTheStoresUnit)
+{
+    const auto lif = port(5);
+    fail("rtifhal_pss_l3port_store", -9);
+    fail("rtifhal_pss_l3port_delete", -9);
+    rtifhal_trident_l3port_add_pss(lif->with_record(7).get());
+    rtifhal_trident_l3port_del_pss(lif->get()->ifindex);
+    ASSERT_EQ(sw.trace.messages().size(), 3U);
+    for (const auto &message : sw.trace.messages()) {
+        EXPECT_EQ(message.file, "asic/forwarding-sw/l3lif/pd_trident/rtifhal_kelvo_trident_pss");
+    }
+}
+
 TEST_F(Store, GlobalConfigurationIsStoredWholeWithoutAMessage)
 {
     EXPECT_EQ(rtifhal_trident_pss_globalc_store(), 0);

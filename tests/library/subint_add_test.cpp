@@ -5,6 +5,7 @@
  * subint_add_port_channel_test.cpp has the port-channel, subint_delete_test.cpp
  * the way down.
  */
+#include "support/handed_over.h"
 #include "support/subint_roads.h"
 
 #include "rtifhal_kelvo_trident/defaults/default_nh.h"
@@ -45,6 +46,34 @@ Calls interface_step_again(const Lif &sub, const Lif &main)
                  Calls{called::intf_init(), "fwmpd_bcm_switch_control_set(0, 232, 1) = 0"},
                  port_opened(PORT), Calls{called::is_port_channel(main, 0)},
                  object_written_again(sub.text())});
+}
+
+/** The port's translation, and the end of the interface step. */
+Messages translated_messages()
+{
+    return {
+        trace("rtifhal_vlan_xlate_enable", "port 5\n"),
+        trace("rtifhal_vlan_xlate", "gport 8000005, old_vid 100, new_vid 4094, l3_iif 3\n"),
+        trace("rtifhal_vlan_xlate",
+              "xlate enable ( gport 8000005) from-vlan 100 to-vlan 4094 if 3\n"),
+        // The id is the one that the step began with.
+        trace(STEP, "Created encap-vlan = 100 ifindex = 1040000a intf-id = 0 port = 5\n"),
+    };
+}
+
+/** The ingress object, from the properties on. */
+Messages ingress_written_messages()
+{
+    const std::string ingress = "rtifhal_l3_ing_create";
+    return {
+        trace(ingress, "vrf = 1 ipv4_en = 1 ipv6_en = 0, ipmc_l3iif = 0 ipv4_mc_en = 0\n"),
+        trace("rtifhal_get_class_id", " Return 64 | l3_pd->acl_qos_label_ingress(0)\n"),
+        trace(ingress, " rtifhal_bcm_l3_ing_create(0x1040000a) iif 3, vrf 1 rpf 0 class 64\n"),
+        trace(ingress, "Before calling bcm_l3_ingress_create - iif:3, l3_iif.flags:0x6, "
+                       "l3_iif.vrf:1, l3_iif.urpf_mode:0, l3_iif.intf_class:64, "
+                       "l3_iif.ipmc_intf_id:0, l3_iif.qos_map_id:0\n"),
+        trace(ingress, "bcm_l3_ing_create(1040000a) success: -1, 3\n"),
+    };
 }
 
 class SubintAdd : public SubintOnPort
@@ -117,27 +146,16 @@ TEST_F(SubintAdd, UpLeavesEveryMessage)
                   "calling rtifhal_pss_l3port_store, lif (0x1040000a)\n"),
         },
         vlan_made_messages(PORT),
+        translated_messages(),
         Messages{
-            trace("rtifhal_vlan_xlate_enable", "port 5\n"),
-            trace("rtifhal_vlan_xlate", "gport 8000005, old_vid 100, new_vid 4094, l3_iif 3\n"),
-            trace("rtifhal_vlan_xlate",
-                  "xlate enable ( gport 8000005) from-vlan 100 to-vlan 4094 if 3\n"),
-            // The id is the one that the step began with.
-            trace(STEP, "Created encap-vlan = 100 ifindex = 1040000a intf-id = 0 port = 5\n"),
             trace("rtifhal_trident_add_ingress",
                   "\nrtifhal_trident_add_ingress: L3LIF: 0x1040000a, 2, 1\n"),
             trace(ingress, "inl3lif->ifindex = 1040000a l3lif->ifindex = 1040000a\n"),
             trace(ingress, "l3_if_index = 0x3 ipmc_intf_id = 0x3 iif = 0x3\n"),
-            trace(ingress, "vrf = 1 ipv4_en = 1 ipv6_en = 0, ipmc_l3iif = 0 ipv4_mc_en = 0\n"),
-            trace("rtifhal_get_class_id", " Return 64 | l3_pd->acl_qos_label_ingress(0)\n"),
-            trace(ingress, " rtifhal_bcm_l3_ing_create(0x1040000a) iif 3, vrf 1 rpf 0 class 64\n"),
-            trace(ingress, "Before calling bcm_l3_ingress_create - iif:3, l3_iif.flags:0x6, "
-                           "l3_iif.vrf:1, l3_iif.urpf_mode:0, l3_iif.intf_class:64, "
-                           "l3_iif.ipmc_intf_id:0, l3_iif.qos_map_id:0\n"),
-            trace(ingress, "bcm_l3_ing_create(1040000a) success: -1, 3\n"),
-            trace("rtifhal_trident_add_egress",
-                  "\nrtifhal_trident_add_egress: L3LIF: 0x1040000a, 2, 1\n"),
         },
+        ingress_written_messages(),
+        Messages{trace("rtifhal_trident_add_egress",
+                       "\nrtifhal_trident_add_egress: L3LIF: 0x1040000a, 2, 1\n")},
     }));
 }
 
@@ -181,6 +199,22 @@ TEST_F(SubintAdd, ObjectHasTheSubinterfacesVrfAndMtu)
     EXPECT_EQ(calls_of({"rtifhal_bcm_l3_intf_create"}),
               Calls{"rtifhal_bcm_l3_intf_create(0, {flags=0x40 id=3 mac=00:11:22:33:44:55 vid=100 "
                     "vrf=7 mtu=9000 ttl=0 tunnel=0}) = 0"});
+}
+
+TEST_F(SubintAdd, RecordThatIsHandedOverHasThemAlready)
+{
+    const HandedOver watch;
+    sub->properties.vrf = 7;
+    sub->properties.mtu = 9000;
+    rtifhal_trident_subint_add(sub->get(), 1);
+    ASSERT_TRUE(HandedOver::record().has_value());
+    EXPECT_EQ(HandedOver::record()->l3a_vrf, 7);
+    EXPECT_EQ(HandedOver::record()->l3a_mtu, 9000);
+    sub->properties.vrf = 0;
+    sub->properties.mtu = 0;
+    rtifhal_trident_subint_add(sub->get(), 0);
+    EXPECT_EQ(HandedOver::record()->l3a_vrf, 1);
+    EXPECT_EQ(HandedOver::record()->l3a_mtu, 1500);
 }
 
 TEST_F(SubintAdd, VrfAndMtuOfZeroAreOneAndFifteenHundred)
@@ -229,6 +263,45 @@ TEST_F(SubintAdd, UpAgainWritesTheSameObjectsUnderTheSameNumber)
     EXPECT_EQ(sub->lif.lif_state, 3U);
     EXPECT_EQ(sub->record()->l3intf_id, IIF);
     EXPECT_EQ(sub->record()->brcm_prog_complete, 0U);
+}
+
+TEST_F(SubintAdd, UpAgainLeavesEveryMessage)
+{
+    brought_up(*sub);
+    ASSERT_EQ(rtifhal_trident_del_subint(sub->get(), 0, 0), 0);
+    sw.end_request();
+    start();
+    rtifhal_trident_add_subint(sub->get(), 2, 0);
+    const std::string ingress = "rtifhal_l3_ing_create";
+    expect_messages(join({
+        Messages{
+            trace(ENTRY, "\nrtifhal_trident_add_subint: L3LIF: 0x1040000a, 2, 0\n"),
+            trace(STEP, "ifindex = 1040000a create = 0\n"),
+            trace(STEP, " bcm_port: 5 tid = -1\n"),
+            trace(ON_PORT, " Entry: - \n"),
+            // A parked record has no live number.
+            trace(ON_PORT, "bcm_port = 5 intf-id = 0 intf_created = 0\n"),
+            report(CREATE, "No context set in l3iif for intf 0x10400000\n"),
+            trace(CREATE, "inl3lif->ifindex = 1040000a l3lif->ifindex = 1040000a create = 0\n"),
+            trace(CREATE, "create internal_vlan = 100 si_encap_vlan = 100\n"),
+            trace(CREATE, "Reusing l3a_intf_id from existind pd ctxt 3\n"),
+            trace(CREATE, " Calling bcm_l3_intf_create for 100 intf-id 3, mtu 1500, vrf 1\n"),
+            trace(CREATE, "Created l3-intf with intf-id as 0x3\n"),
+            trace("rtifhal_trident_l3port_add_pss",
+                  "calling rtifhal_pss_l3port_store, lif (0x1040000a)\n"),
+        },
+        vlan_made_messages(PORT),
+        translated_messages(),
+        Messages{trace("rtifhal_trident_add_ingress",
+                       "\nrtifhal_trident_add_ingress: L3LIF: 0x1040000a, 2, 0\n"),
+                 trace(ingress, "inl3lif->ifindex = 1040000a l3lif->ifindex = 1040000a\n"),
+                 trace(ingress, "l3_if_index = 0x3 ipmc_intf_id = 0x3 iif = 0x3\n"),
+                 trace(ingress, "Get l3_iif for iif 3\n"),
+                 trace(ingress, "ipmc_intf_id = 0 class 40 flags = 6\n")},
+        ingress_written_messages(),
+        Messages{trace("rtifhal_trident_add_egress",
+                       "\nrtifhal_trident_add_egress: L3LIF: 0x1040000a, 2, 0\n")},
+    }));
 }
 
 TEST_F(SubintAdd, UpAgainPrintsTheLiveNumberOfTheRecord)

@@ -12,8 +12,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
 namespace rtifhal_test
 {
 
@@ -50,6 +48,21 @@ Calls interface_step(const Lif &sub, const Lif &main, bool destroy, bool last)
                  untranslated(TRUNK_GPORT), object_deleted(sub, destroy), vlan_left(5, {6, 9}),
                  before_member(sub, main, 6, last), Calls{called::unit()}, vlan_left(6, {9}),
                  before_member(sub, main, 9, last), Calls{called::unit()}, vlan_left(9, {})});
+}
+
+/** A member leaves the VLAN, which has that many ports, and others after it. */
+Messages vlan_left_messages(int port, int ports)
+{
+    const std::string block = "rtifhal_subintf_block_set";
+    return {
+        trace("rtifhal_vlan_delete", fmt::format("vlan 100 port {}\n", port)),
+        trace(block, fmt::format("\n\n UMCB Vlan = 100 type = 1 port = {} set = 0\n", port)),
+        trace(block, fmt::format("{} RESET BCM_PBMP_MEMBER lvtc->subint_count:{}\n", block, ports)),
+        trace(block, fmt::format("{} RESET lvtc->subint_count:{}\n", block, ports - 1)),
+        trace(block, fmt::format(" UMCB Remove Port {} in all blk mask for:100\n", port)),
+        trace(block, "UMCB Calling bcm_vlan_block_set 100\n"),
+        trace(block, fmt::format("\n pbmp_count {}", ports - 1)),
+    };
 }
 
 /** Port-channel 7 with its one subinterface up under the number 3. */
@@ -113,23 +126,21 @@ TEST_F(SubintDeleteOnPortChannel, StepLeavesEveryMessage)
 {
     set_members({0x8000005, 0x8000006});
     del_step(*sub, 0);
-    const Messages seen = messages();
-    ASSERT_GE(seen.size(), 8U);
-    EXPECT_EQ(Messages(seen.begin(), seen.begin() + 8),
-              (Messages{
-                  trace(STEP, "ifindex = 2000700a\n"),
-                  trace("fwmpd_ifindex_to_bcm_tid", "rc = 0 ifindex = 2000700a tid = 41 \n"),
-                  trace(STEP, " bcm_port: -1 tid = 41\n"),
-                  searching(),
-                  trace("rtifhal_vlan_del_xlate", "old-vlan 100 gport c000029\n"),
-                  trace("rtifhal_l3_intf_delete", "l3lif->ifindex = 2000700a destroy = 0\n"),
-                  trace("rtifhal_l3_intf_delete", "intf-delete for 2000700a\n"),
-                  trace("rtifhal_vlan_delete", "vlan 100 port 5\n"),
-              }));
-    EXPECT_EQ(seen.back(), done());
-    EXPECT_EQ(std::count_if(seen.begin(), seen.end(),
-                            [](const Message &message) { return message.function == STEP; }),
-              4);
+    const std::string object = "rtifhal_l3_intf_delete";
+    expect_messages(join({
+        Messages{
+            trace(STEP, "ifindex = 2000700a\n"),
+            trace("fwmpd_ifindex_to_bcm_tid", "rc = 0 ifindex = 2000700a tid = 41 \n"),
+            trace(STEP, " bcm_port: -1 tid = 41\n"),
+            searching(),
+            trace("rtifhal_vlan_del_xlate", "old-vlan 100 gport c000029\n"),
+            trace(object, "l3lif->ifindex = 2000700a destroy = 0\n"),
+            trace(object, "intf-delete for 2000700a\n"),
+        },
+        vlan_left_messages(5, 3),
+        vlan_left_messages(6, 2),
+        Messages{done()},
+    }));
 }
 
 TEST_F(SubintDeleteOnPortChannel, SecondNameReadsTheTrunkToo)
@@ -155,6 +166,7 @@ TEST_F(SubintDeleteOnPortChannel, TrunkThatCantBeReadTakesNothingOutAndIsDone)
 {
     fail("bcm_trunk_get", -7);
     EXPECT_EQ(del_step(*sub, 1), 0);
+    EXPECT_EQ(calls().back(), object_read().back());
     expect_nothing_taken_out();
 }
 
@@ -171,6 +183,16 @@ TEST_F(SubintDeleteOnPortChannel, EntryHandsTheResultOfTheObjectsReadUp)
     fail("bcm_trunk_get", -7);
     fail("bcm_l3_intf_get", -4);
     EXPECT_EQ(del(*sub, 0, 2), -4);
+    EXPECT_EQ(reports().back(),
+              report(ENTRY, "\nrtifhal_trident_del_subint: L3LIF failed to rm: 0x2000700a, 0\n"));
+    EXPECT_EQ(sub->lif.lif_state, 3U);
+}
+
+TEST_F(SubintDeleteOnPortChannel, EntryHandsAPositiveResultUpAsAFailure)
+{
+    set_members({});
+    fail("bcm_l3_intf_get", 1);
+    EXPECT_EQ(del(*sub, 0, 2), 1);
     EXPECT_EQ(reports().back(),
               report(ENTRY, "\nrtifhal_trident_del_subint: L3LIF failed to rm: 0x2000700a, 0\n"));
     EXPECT_EQ(sub->lif.lif_state, 3U);

@@ -12,6 +12,8 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+
 namespace rtifhal_test
 {
 
@@ -292,6 +294,19 @@ TEST_F(SubintDelete, FailedObjectAndGoodVlanIsASuccess)
     EXPECT_EQ(calls_of({UNTRANSLATE, OBJECT, LEAVE}),
               join({untranslated(MODULE_PORT_5), Calls{LEAVE + "(0, 100, {5}) = 0"}}));
     expect_reports({});
+}
+
+TEST_F(SubintDelete, RecordThatGoesUnderWayIsSeenByNobody)
+{
+    l3_pd *taken = nullptr;
+    sw.journal.arm({.function = UNTRANSLATE, .when = [&](std::string_view) {
+                        taken = std::exchange(sub->lif.l3lif_pd_ctxt->l3_pd, nullptr);
+                        return false;
+                    }});
+    EXPECT_EQ(rtifhal_trident_subint_del(sub->get(), 1), 0);
+    EXPECT_EQ(calls_of({OBJECT, LEAVE}), Calls{LEAVE + "(0, 100, {5}) = 0"});
+    expect_reports({searching(), done()});
+    sub->lif.l3lif_pd_ctxt->l3_pd = taken;
 }
 
 TEST_F(SubintDelete, FailedObjectAndRefusedVlanPrintTheTextOfTheObject)

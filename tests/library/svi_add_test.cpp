@@ -111,7 +111,11 @@ TEST_F(SviAdd, VrfOfTheRecordAsksForNoFamily)
     lif->properties.ipv6_vrf = 9;
     EXPECT_EQ(handed_over(), std::pair(5, 1500));
     EXPECT_EQ(objects(), one_object("vrf=5 mtu=1500"));
-    EXPECT_EQ(cached().vc_vrf, 0U); // the ingress object's rule does ask
+    // The ingress object's rule does ask, and the VLAN takes its VRF from there.
+    const Calls ingress = calls_of({"rtifhal_bcm_l3_ingress_create"});
+    ASSERT_EQ(ingress.size(), 1U);
+    EXPECT_NE(ingress.front().find(" vrf=0 "), std::string::npos) << ingress.front();
+    EXPECT_EQ(cached().vc_vrf, 0U);
 }
 
 TEST_F(SviAdd, VrfOfTheRecordIsThatOfIpv4AlsoForIpv6Alone)
@@ -180,6 +184,16 @@ TEST_F(SviAdd, WithoutPropertiesTheFamilyBitsStay)
         report(INGRESS, "Failed to get l3lif pd context for intf 0x30000064"),
         report(SVI_ADD, "ing create(100) failed\n"),
     });
+}
+
+TEST_F(SviAdd, WithoutPropertiesAFamilyIsSwitchedNeitherOnNorOff)
+{
+    lif->without_properties();
+    for (const std::uint32_t before : {0U, IP4_OFF, IP6_OFF, IP4_MC_OFF, ROUTING_OFF}) {
+        flags_were(before);
+        step_add();
+        EXPECT_EQ(cached().vc_flags, before | SVI_SEEN) << before;
+    }
 }
 
 TEST_F(SviAdd, MplsAndForeignBitsAreLeftAlone)

@@ -174,7 +174,14 @@ TEST_F(SviEntry, FinalDeleteOfOneThatIsDownReleasesWhatIsLeft)
     EXPECT_EQ(del_with_aux(1), 0);
     expect_calls(join({Calls{called::unit(), called::type(*lif, 9), called::destroy_ingress(IIF)},
                        record_released()}));
-    EXPECT_EQ(messages()[1], trace(DEL_SVI, "Already deleted."));
+    expect_messages({
+        trace(DEL_SVI, "\n" + DEL_SVI + ": L3LIF: 0x30000064, 7\n"),
+        trace(DEL_SVI, "Already deleted."),
+        trace("rtifhal_l3_destroy", "Entering rtifhal_l3_destroy, lif 0x30000064\n"),
+        trace("rtifhal_l3_destroy", "iftype = 9 iif = 3 prev_l3_if_index = 3\n"),
+        trace("l3iif_table_init", " l3iif_table_init called with :1 \n"),
+        trace("rtifhal_free_l3iif", " iif_index = 3 preserve = 1\n"),
+    });
     EXPECT_EQ(lif->lif.l3lif_pd_ctxt, nullptr);
     EXPECT_TRUE(held_back(IIF));
     sw.end_request();

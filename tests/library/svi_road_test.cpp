@@ -13,6 +13,8 @@
 
 #include <fwm/state.h>
 
+#include <algorithm>
+
 namespace rtifhal_test
 {
 
@@ -20,6 +22,35 @@ namespace
 {
 
 using namespace svi_road;
+
+const std::string EGRESS_DEL = "rtifhal_trident_del_egress";
+const std::string INGRESS_DEL = "rtifhal_trident_del_ingress";
+const std::string INTERFACE_DEL = "rtifhal_l3_intf_delete";
+
+/** The messages of an add with `create` 0 on an SVI that is up. */
+Messages up_again_messages()
+{
+    const std::string object = "rtifhal_l3_intf_create";
+    const std::string ingress = "rtifhal_l3_ing_create";
+    Messages expected = up_messages();
+    expected[0] = trace(ADD_SVI, ADD_SVI + ": L3LIF: 0x30000064, 0, 0\n");
+    expected[2] = trace(SVI_ADD, "Get To Sup Flags(100) : 0x400230\n");
+    expected[7] =
+        trace(object, "inl3lif->ifindex = 30000064 l3lif->ifindex = 30000064 create = 0\n");
+    // No number is looked for and no record allocated.
+    expected[9] = trace(object, "Reusing l3a_intf_id from existind pd ctxt 3\n");
+    expected.erase(expected.begin() + 10, expected.begin() + 13);
+    const auto id = std::find(expected.begin(), expected.end(),
+                              trace(ingress, "l3_if_index = 0x3 ipmc_intf_id = 0x3 iif = 0x3\n"));
+    expected.insert(id + 1, {trace(ingress, "Get l3_iif for iif 3\n"),
+                             trace(ingress, "ipmc_intf_id = 0 class 40 flags = 6\n")});
+    for (const std::size_t back : {2, 1}) {
+        Message &dispatched = expected[expected.size() - back];
+        dispatched =
+            trace(dispatched.function, "\n" + dispatched.function + ": L3LIF: 0x30000064, 0, 0\n");
+    }
+    return expected;
+}
 
 class SviRoad : public SviTest
 {
@@ -121,6 +152,13 @@ TEST_F(SviRoad, ProgrammingALiveSviAgainKeepsItsNumber)
     EXPECT_EQ(in_the_chip().flags, 0x400A30U);
 }
 
+TEST_F(SviRoad, ProgrammingALiveSviAgainLeavesEveryMessage)
+{
+    is_up();
+    add(0);
+    expect_messages(up_again_messages());
+}
+
 TEST_F(SviRoad, DownForGoodMakesEveryCall)
 {
     is_up();
@@ -154,6 +192,18 @@ TEST_F(SviRoad, DownWithItsRecordKeptMakesEveryCall)
     ASSERT_NE(lif->record(), nullptr);
     EXPECT_EQ(lif->record()->brcm_prog_complete, 1U);
     EXPECT_EQ(lif->record()->prev_l3_if_index, IIF);
+}
+
+TEST_F(SviRoad, DownWithItsRecordKeptLeavesEveryMessage)
+{
+    is_up();
+    del(0);
+    Messages expected = down_messages();
+    expected.resize(expected.size() - 3); // number and records stay
+    expected[1] = trace(EGRESS_DEL, "\n" + EGRESS_DEL + ": L3LIF: 0x30000064, 0, 0\n");
+    expected[2] = trace(INGRESS_DEL, "\n" + INGRESS_DEL + ": L3LIF: 0x30000064, 0, 0\n");
+    expected[13] = trace(INTERFACE_DEL, "l3lif->ifindex = 30000064 destroy = 0\n");
+    expect_messages(expected);
 }
 
 TEST_F(SviRoad, DownIsInTheChipAfterTheRequest)

@@ -194,6 +194,40 @@ TEST_F(TunnelAdd, LaterAddStartsFromTheObjectInTheChip)
     }));
 }
 
+TEST_F(TunnelAdd, LaterAddLeavesEveryMessage)
+{
+    brought_up();
+    rtifhal_trident_add_l3tun(lif->get(), 0);
+    const std::string create = "rtifhal_l3_intf_create";
+    const std::string ingress = "rtifhal_l3_ing_create";
+    expect_messages({
+        trace(ENTRY, "L3LIF: 0x40000001, 0\n"),
+        trace(STEP, " Entry: create - 0\n"),
+        trace(create, "inl3lif->ifindex = 40000001 l3lif->ifindex = 40000001 create = 0\n"),
+        trace(create, "create internal_vlan = 4094 si_encap_vlan = 0\n"),
+        trace(create, "Reusing l3a_intf_id from existind pd ctxt 3\n"),
+        trace(create, " Calling bcm_l3_intf_create for 4094 intf-id 3, mtu 1500, vrf 1\n"),
+        trace(create, "Created l3-intf with intf-id as 0x3\n"),
+        trace("rtifhal_trident_l3port_add_pss",
+              "calling rtifhal_pss_l3port_store, lif (0x40000001)\n"),
+        trace("rtifhal_trident_add_ingress",
+              "\nrtifhal_trident_add_ingress: L3LIF: 0x40000001, 0, 0\n"),
+        trace(ingress, "inl3lif->ifindex = 40000001 l3lif->ifindex = 40000001\n"),
+        trace(ingress, "l3_if_index = 0x3 ipmc_intf_id = 0x3 iif = 0x3\n"),
+        trace(ingress, "Get l3_iif for iif 3\n"),
+        trace(ingress, "ipmc_intf_id = 0 class 40 flags = 6\n"),
+        trace(ingress, "vrf = 1 ipv4_en = 1 ipv6_en = 0, ipmc_l3iif = 0 ipv4_mc_en = 0\n"),
+        trace("rtifhal_get_class_id", " Return 64 | l3_pd->acl_qos_label_ingress(0)\n"),
+        trace(ingress, " rtifhal_bcm_l3_ing_create(0x40000001) iif 3, vrf 1 rpf 0 class 64\n"),
+        trace(ingress, "Before calling bcm_l3_ingress_create - iif:3, l3_iif.flags:0x6, "
+                       "l3_iif.vrf:1, l3_iif.urpf_mode:0, l3_iif.intf_class:64, "
+                       "l3_iif.ipmc_intf_id:0, l3_iif.qos_map_id:0\n"),
+        trace(ingress, "bcm_l3_ing_create(40000001) success: -1, 3\n"),
+        trace("rtifhal_trident_add_egress",
+              "\nrtifhal_trident_add_egress: L3LIF: 0x40000001, 0, 0\n"),
+    });
+}
+
 TEST_F(TunnelAdd, LaterAddTakesMacVlanAndMtuFromTheRecord)
 {
     brought_up();
@@ -322,6 +356,13 @@ TEST_F(TunnelAdd, KindThatCantBeReadHandsItsValueUp)
     EXPECT_EQ(rtifhal_trident_add_l3tun(lif->get(), 1), 5);
     EXPECT_EQ(calls().back(), called::no_type(*lif, 5));
     expect_reports({report(ENTRY, "L3LIF failed to add ing if: 0x40000001, 0, 1\n")});
+}
+
+TEST_F(TunnelAdd, PositiveAnswerOfTheEgressStepIsHandedUpAsAFailure)
+{
+    fail("fwmpd_bcm_switch_control_set", 1);
+    EXPECT_EQ(rtifhal_trident_add_l3tun(lif->get(), 1), 1);
+    expect_reports({report(ENTRY, "L3LIF failed to add egr if: 0x40000001, 0, 1\n")});
 }
 
 TEST_F(TunnelAdd, FailedEgressStepHandsItsValueUp)

@@ -9,6 +9,7 @@
 #include "rtifhal_kelvo_trident/vlan/vlan.h"
 
 #include <sdk/error.h>
+#include <sdk/vlan.h>
 
 #include <fmt/format.h>
 
@@ -120,6 +121,30 @@ TEST_F(VlanDelete, RoutedVlanWithoutPortsStandsAndIsNotCounted)
     EXPECT_EQ(rtifhal_subint_count_vlan(ROUTED), 0);
 }
 
+TEST_F(VlanDelete, RoutedVlanGoesPastTheTableOfUsesWhateverItHolds)
+{
+    port_in({ROUTED});
+    rtifhal_vlan_type_count_entry_t &uses = rtifhal_vlan_type_count[ROUTED];
+    uses.subint_count = 1;
+    uses.l3pbmp.pbits[0] = 1U << PORT;
+    EXPECT_EQ(rtifhal_vlan_delete(0, PORT, ROUTED), 0);
+    EXPECT_EQ(calls_of({"fwmpd_bcm_vlan_block_set", "fwmpd_bcm_vlan_destroy"}), Calls{});
+    EXPECT_EQ(uses.subint_count, 1);
+    EXPECT_EQ(uses.l3pbmp.pbits[0], 1U << PORT);
+    EXPECT_EQ(uses.svi + uses.l2_vlan, 0);
+}
+
+TEST_F(VlanDelete, VlanThatThePortDoesNotHoldAsTheLastUserEndsTheVlan)
+{
+    port_in({ROUTED});
+    bcm_vlan_create(0, VLAN);
+    start();
+    EXPECT_EQ(rtifhal_vlan_delete(0, PORT, VLAN), 0);
+    EXPECT_EQ(calls_of({"fwmpd_bcm_vlan_port_remove", "fwmpd_bcm_vlan_destroy"}),
+              join({removes_port(VLAN, PORT), Calls{"fwmpd_bcm_vlan_destroy(0, 100) = 0"}}));
+    EXPECT_TRUE(holds(PORT, ROUTED));
+}
+
 TEST_F(VlanDelete, LastPortOfAVlanEndsTheVlan)
 {
     port_in({ROUTED, VLAN});
@@ -170,8 +195,16 @@ TEST_F(VlanDelete, VlanThatThePortDoesNotHoldGoesTheSameWay)
     put_into(VLAN, 9);
     start();
     EXPECT_EQ(rtifhal_vlan_delete(0, PORT, VLAN), 0);
-    EXPECT_EQ(calls().front(), "fwmpd_bcm_vlan_port_remove(0, 100, {5}) = 0");
-    EXPECT_EQ(calls_of({"fwmpd_bcm_vlan_block_set"}).size(), 1U);
+    expect_calls(join({
+        removes_port(VLAN, PORT),
+        Calls{
+            "rtifhal_get_bcm_unit(0) = 0",
+            "fwmpd_trident_batch_flush() = 0",
+            "fwmpd_trident_get_bvbt(100) = record",
+            "fwmpd_bcm_vlan_block_set(0, 100, " + masks("{0,9}") + ") = 0",
+        },
+        popcounts({9}),
+    }));
     EXPECT_EQ(rtifhal_subint_count_vlan(VLAN), 1);
 }
 

@@ -77,6 +77,14 @@ TEST_F(VlanRefusal, GroupThatRefusesTheRoutedVlanStopsWithATraceAlone)
     EXPECT_EQ(l3_stg_allocated, 0U);
 }
 
+TEST_F(VlanRefusal, PositiveAnswerOfTheRoutedVlansGroupIsARefusal)
+{
+    fail("bcm_stg_vlan_add", 1);
+    EXPECT_EQ(rtifhal_vlan_create(0, ROUTED, PORT), -1);
+    EXPECT_EQ(messages().back(),
+              trace(CREATE, "bcm_stg_vlan_add failed for vlan:4094 stg:2   :1\n"));
+}
+
 TEST_F(VlanRefusal, GroupIsAllocatedAgainAfterItRefused)
 {
     fail("bcm_stg_vlan_add", -7);
@@ -139,6 +147,16 @@ TEST_F(VlanRefusal, RefusedForwardingLeavesTheTableAlone)
     expect_stop("fwmpd_bcm_port_stp_set(0, 5, 4) = -4",
                 fmt::format("stp set(100,5) failed: {}\n", _shr_errmsg[4]));
     EXPECT_FALSE(holds(PORT, VLAN));
+}
+
+TEST_F(VlanRefusal, RefusalLeavesVlanAndMemberInTheChip)
+{
+    routed_ports({PORT});
+    fail("fwmpd_bcm_port_stp_set", -4);
+    EXPECT_EQ(rtifhal_vlan_create(0, VLAN, PORT), -1);
+    sw.end_request();
+    ASSERT_NE(sw.chip.vlans.find(VLAN), nullptr);
+    EXPECT_EQ(sw.chip.vlans.find(VLAN)->members.text(), "{0,5}");
 }
 
 TEST_F(VlanRefusal, RefusedForwardingInTheGroupStopsBeforeTheMasks)

@@ -13,10 +13,11 @@ TEST(Snapshot, FreshChipHoldsWhatTheBootPutsThere)
 {
     const Chip chip;
     const Snapshot lines = snapshot(chip);
-    ASSERT_EQ(lines.size(), 8U);
+    ASSERT_EQ(lines.size(), 9U);
     EXPECT_EQ(lines.at(0).substr(0, 30), "VLAN 1: stg 1 members {0-104} ");
-    EXPECT_EQ(lines.at(1), "STG 1: forwarding {0-104} blocking {} listening {} learning {}");
-    EXPECT_EQ(lines.at(2), "field group 1: priority 1 qualifiers 13");
+    EXPECT_EQ(lines.at(1), "STG 0: forwarding {0-104} blocking {} listening {} learning {}");
+    EXPECT_EQ(lines.at(2), "STG 1: forwarding {0-104} blocking {} listening {} learning {}");
+    EXPECT_EQ(lines.at(3), "field group 1: priority 1 qualifiers 13");
     EXPECT_TRUE(same_state(chip, Chip()));
 }
 
@@ -40,9 +41,12 @@ TEST(Snapshot, EveryTableShowsUp)
     chip.field_entries.create(11, id);
     chip.switch_controls.set(230, 1);
     chip.tunnels.create(3, {.index = 1});
+    chip.vxlan_ports.create({.vpn = 28673}, id);
     const std::vector<std::string> lines = changes(before, snapshot(chip));
-    EXPECT_EQ(lines.size(), 15U);
-    EXPECT_EQ(lines.back(), "+ tunnel of L3 interface 3: index 1 0.0.0.0 -> 0.0.0.0");
+    EXPECT_EQ(lines.size(), 16U);
+    EXPECT_EQ(lines.at(14), "+ tunnel of L3 interface 3: index 1 0.0.0.0 -> 0.0.0.0");
+    EXPECT_EQ(lines.back(), "+ VXLAN port 1: vpn 28673 vn 0 port 0 vlan 0 criteria 0 flags 0x0 "
+                            "egress 0 multicast 0x0 of 0x0");
     EXPECT_FALSE(same_state(chip, Chip()));
 }
 
@@ -66,6 +70,15 @@ TEST(Snapshot, BackAtTheStartNothingDiffers)
     chip.vlans.remove(100);
     EXPECT_TRUE(changes(before, snapshot(chip)).empty());
     EXPECT_TRUE(same_state(chip, Chip()));
+}
+
+TEST(Snapshot, SameStateSeesVxlanPorts)
+{
+    Chip other;
+    int id = 0;
+    ASSERT_TRUE(other.vxlan_ports.create({}, id).ok());
+    EXPECT_FALSE(same_state(Chip(), other));
+    EXPECT_FALSE(same_state(other, Chip()));
 }
 
 TEST(Snapshot, SameStateSeesFieldsWithoutALine)

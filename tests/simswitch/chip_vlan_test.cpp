@@ -118,6 +118,70 @@ TEST_F(ChipVlan, GroupOneForwardsAtBootAndNewGroupsAreDisabled)
     EXPECT_EQ(state(2, 5), STP_DISABLED);
 }
 
+TEST_F(ChipVlan, GroupZeroIsThereAtBootAndForwardsWithoutAVlan)
+{
+    ASSERT_NE(stgs.find(0), nullptr);
+    EXPECT_EQ(text(*stgs.find(0)), "forwarding {0-104} blocking {} listening {} learning {}");
+    EXPECT_EQ(state(0, 105), STP_DISABLED);
+    EXPECT_EQ(stgs.vlans_of(0), std::vector<int>{});
+    EXPECT_EQ(stgs.size(), 2U);
+}
+
+TEST_F(ChipVlan, GroupZeroStays)
+{
+    vlans.create(100);
+    stgs.add_vlan(0, 100);
+    EXPECT_THAT(stgs.remove(0), Refused(-4, "spanning tree group 0 is the chip's own and stays"));
+    EXPECT_EQ(stgs.vlans_of(0), std::vector<int>{100});
+}
+
+TEST_F(ChipVlan, VlanInGroupZeroForwardsOnItsPorts)
+{
+    vlans.create(100);
+    vlans.add_ports(100, {5}, {});
+    EXPECT_THAT(stgs.add_vlan(0, 100), Done());
+    EXPECT_EQ(vlans.find(100)->stg, 0);
+    EXPECT_EQ(state(vlans.find(100)->stg, 5), STP_FORWARDING);
+    EXPECT_THAT(stgs.set_state_of_port(5, STP_BLOCKING), Done());
+    EXPECT_EQ(state(0, 5), STP_BLOCKING);
+    EXPECT_THAT(stgs.set_state(0, 5, STP_FORWARDING), Done());
+    EXPECT_EQ(state(0, 5), STP_FORWARDING);
+    EXPECT_THAT(stgs.add_vlan(1, 100), Done());
+    EXPECT_EQ(stgs.vlans_of(0), std::vector<int>{});
+}
+
+TEST_F(ChipVlan, GroupZeroTakesNoPlaceInTheTable)
+{
+    Stgs small(3, vlans);
+    int stg = -1;
+    EXPECT_THAT(small.create(stg), Done());
+    EXPECT_EQ(stg, 2);
+    EXPECT_THAT(small.create(stg), Done());
+    EXPECT_EQ(stg, 3);
+    EXPECT_THAT(small.create(stg), Refused(-6, "spanning tree group table full: 3 of 3"));
+    EXPECT_EQ(stg, 3);
+    EXPECT_THAT(small.remove(2), Done());
+    EXPECT_THAT(small.create(stg), Done());
+    EXPECT_EQ(stg, 2);
+}
+
+TEST_F(ChipVlan, CopyOfTheGroupsBringsGroupZeroBack)
+{
+    stgs.set_state(0, 5, STP_BLOCKING);
+    const auto copy = stgs.all();
+    stgs.clear();
+    EXPECT_EQ(stgs.find(0), nullptr);
+    for (const auto &[id, record] : copy) {
+        EXPECT_THAT(stgs.restore(id, record), Done());
+    }
+    EXPECT_EQ(stgs.all(), copy);
+    EXPECT_THAT(stgs.restore(-1, {}), Refused(-4, "spanning tree group -1 is not in 0..256"));
+    EXPECT_THAT(stgs.restore(257, {}), Refused(-4, "spanning tree group 257 is not in 0..256"));
+    int stg = 0;
+    EXPECT_THAT(stgs.create(stg), Done());
+    EXPECT_EQ(stg, 2);
+}
+
 TEST_F(ChipVlan, VlanMovesBetweenGroups)
 {
     int stg = 0;

@@ -232,22 +232,25 @@ TEST(StateDamageBySql, AnotherMakeOfTablesIsRefused)
 
 TEST(StateDamageBySql, AnotherVersionIsRefused)
 {
-    const StateDir dir;
-    {
-        Switch sw({.state_dir = dir.path()});
+    for (const std::string version : {"1", "3"}) {
+        const StateDir dir;
+        {
+            Switch sw({.state_dir = dir.path()});
+        }
+        {
+            services::sqlite::Database database(dir.path() / "chip.db");
+            services::sqlite::Statement(database, "REPLACE INTO meta VALUES (?, ?, ?)")
+                .bind("version")
+                .bind(version)
+                .bind_sum()
+                .run();
+        }
+        EXPECT_THAT([&] { Switch sw({.state_dir = dir.path()}); },
+                    ThrowsMessage<state::Error>(HasSubstr(
+                        "chip.db: was made by another version of the switch (version " + version +
+                        " of the tables, "
+                        "this one has 2); use that one")));
     }
-    {
-        services::sqlite::Database database(dir.path() / "chip.db");
-        services::sqlite::Statement(database, "REPLACE INTO meta VALUES (?, ?, ?)")
-            .bind("version")
-            .bind("2")
-            .bind_sum()
-            .run();
-    }
-    EXPECT_THAT([&] { Switch sw({.state_dir = dir.path()}); },
-                ThrowsMessage<state::Error>(HasSubstr(
-                    "chip.db: was made by another version of the switch (version 2 of the tables, "
-                    "this one has 1); use that one")));
 }
 
 } // namespace simswitch

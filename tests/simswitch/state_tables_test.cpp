@@ -92,6 +92,9 @@ void fill(chip::Chip &chip)
     chip.field_entries.install(id);
     chip.switch_controls.set(230, -1);
     chip.tunnels.create(8191, {5, 0xffffffff, 1});
+    chip.vxlan_ports.create({0xffffffff, 0xfffffffe, 0xfffffffd, 0xfffffffc, 0xfffffffb, 0xfffffffa,
+                             0xfffffff9, 255, 4095},
+                            id);
 }
 
 } // namespace
@@ -121,6 +124,7 @@ TEST_F(StateTables, WhatIsRemovedStaysAway)
     reopen();
     chip::Chip &chip = sw->chip;
     chip.for_each_table([](const char *, auto &table) { EXPECT_FALSE(table.all().empty()); });
+    chip.vxlan_ports.remove(0xfffffffe, 1);
     chip.tunnels.remove(8191);
     chip.field_entries.remove(chip::FIRST_FIELD_ENTRY);
     chip.field_entries.remove(248);
@@ -149,11 +153,17 @@ TEST_F(StateTables, LowestFreeIdsAreGivenOutAgain)
         sw->chip.stations.create({}, id);
         sw->chip.egresses.create({}, id);
         sw->chip.stgs.create(id);
+        sw->chip.vxlan_ports.create({.match_vlan = 100 + i}, id);
     }
     sw->chip.stations.remove(2);
     sw->chip.egresses.remove(chip::FIRST_EGRESS);
     sw->chip.stgs.remove(3);
+    sw->chip.vxlan_ports.remove(0, 2);
     reopen();
+    sw->chip.vxlan_ports.create({.match_vlan = 200}, id);
+    EXPECT_EQ(id, 2);
+    sw->chip.vxlan_ports.create({.match_vlan = 201}, id);
+    EXPECT_EQ(id, 4);
     sw->chip.stations.create({}, id);
     EXPECT_EQ(id, 2);
     sw->chip.stations.create({}, id);
@@ -186,6 +196,26 @@ TEST_F(StateTables, DanglingReferencesComeBack)
     sw->chip.field_groups.remove(11);
     const auto left = chip::snapshot(sw->chip);
     EXPECT_EQ(reopened(), left);
+}
+
+TEST_F(StateTables, GroupWithoutSpanningTreeKeepsItsStatesAndVlans)
+{
+    sw->chip.vlans.create(100);
+    sw->chip.stgs.add_vlan(0, 100);
+    sw->chip.stgs.set_state(0, 5, chip::STP_BLOCKING);
+    reopen();
+    EXPECT_EQ(sw->chip.stgs.vlans_of(0), std::vector<int>{100});
+    EXPECT_EQ(sw->chip.stgs.find(0)->in_state(chip::STP_BLOCKING), chip::PortSet{5});
+    EXPECT_THAT(sw->chip.stgs.remove(0),
+                Refused(-4, "spanning tree group 0 is the chip's own and stays"));
+    int id = 0;
+    sw->chip.stgs.create(id);
+    EXPECT_EQ(id, 2);
+    sw->power_cycle();
+    reopen();
+    EXPECT_EQ(sw->chip.stgs.vlans_of(0), std::vector<int>{});
+    EXPECT_EQ(text(*sw->chip.stgs.find(0)),
+              "forwarding {0-104} blocking {} listening {} learning {}");
 }
 
 TEST_F(StateTables, ForwardingManagerKeepsItsMaps)
@@ -284,6 +314,7 @@ TEST_F(StateTables, PowerCycleBeginsAnew)
     const auto expect_fresh = [this] {
         Switch fresh({.chip = chip::Kind::trident2});
         EXPECT_TRUE(chip::same_state(sw->chip, fresh.chip));
+        EXPECT_EQ(chip::snapshot(sw->chip), chip::snapshot(fresh.chip));
         EXPECT_EQ(sw->wrappers.pending(), 0U);
         EXPECT_EQ(sw->wrappers.vlan_controls(100)->vc_vrf, 0U);
         EXPECT_NE(sw->wrappers.vlan_controls(101), nullptr);

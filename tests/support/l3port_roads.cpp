@@ -230,59 +230,149 @@ Messages interface_step_messages(Kind chip)
     });
 }
 
-Messages ingress_and_egress_messages()
+namespace
 {
-    const std::string ingress = "rtifhal_l3_ing_create";
+
+/** "function: L3LIF: 0x10400000, 0, 1", after a line break. */
+Message dispatched(const std::string &function, int flag)
+{
+    return trace(function, fmt::format("\n{}: L3LIF: 0x10400000, 0, {}\n", function, flag));
+}
+
+/** What an entry point says first. */
+Message entered(const std::string &function, int flag)
+{
+    return trace(function, fmt::format("\n{}: L3LIF: 0x10400000, {}\n", function, flag));
+}
+
+/** Egress and ingress step of a delete; `live`: l3intf_id, 0 once the number is parked. */
+Messages untied_messages(int destroy, int live)
+{
+    const std::string ingress = "rtifhal_l3_ing_delete";
     return {
-        trace("rtifhal_trident_add_ingress",
-              "\nrtifhal_trident_add_ingress: L3LIF: 0x10400000, 0, 1\n"),
-        trace(ingress, "inl3lif->ifindex = 10400000 l3lif->ifindex = 10400000\n"),
-        trace(ingress, "l3_if_index = 0x3 ipmc_intf_id = 0x3 iif = 0x3\n"),
-        trace(ingress, "vrf = 1 ipv4_en = 1 ipv6_en = 0, ipmc_l3iif = 0 ipv4_mc_en = 0\n"),
-        trace("rtifhal_get_class_id", " Return 64 | l3_pd->acl_qos_label_ingress(0)\n"),
-        trace(ingress, " rtifhal_bcm_l3_ing_create(0x10400000) iif 3, vrf 1 rpf 0 class 64\n"),
-        trace(ingress, "Before calling bcm_l3_ingress_create - iif:3, l3_iif.flags:0x6, "
-                       "l3_iif.vrf:1, l3_iif.urpf_mode:0, l3_iif.intf_class:64, "
-                       "l3_iif.ipmc_intf_id:0, l3_iif.qos_map_id:0\n"),
-        trace(ingress, "L3Ingress L3 Phy or L3 PC port = 5 iif = 3\n"),
-        trace(ingress, "bcm_l3_ing_create(10400000) control: 5, 3\n"),
-        trace(ingress, "bcm_l3_ing_create(10400000) success: 5, 3\n"),
-        trace("rtifhal_trident_add_egress",
-              "\nrtifhal_trident_add_egress: L3LIF: 0x10400000, 0, 1\n"),
+        entered("rtifhal_trident_del_l3port", destroy),
+        dispatched("rtifhal_trident_del_egress", destroy),
+        dispatched("rtifhal_trident_del_ingress", destroy),
+        trace(ingress, fmt::format("ifindex = 10400000 destroy = {}\n", destroy)),
+        trace(ingress, fmt::format("iftype = 1a iif = 3 l3_if_index = {}\n", live)),
+        trace(ingress, "L3 Phy \n"),
+        // "% i" is a conversion of its own: the port, with a blank before it.
+        trace(ingress, "L3Ingress L3 Phy or L3 PC port =  5if = 0\n"),
     };
 }
 
-Messages down_messages()
+Messages del_entered_messages(int destroy)
 {
-    const std::string ingress = "rtifhal_l3_ing_delete";
     const std::string del = "rtifhal_trident_l3port_del";
-    const std::string object = "rtifhal_l3_intf_delete";
+    return {trace(del, fmt::format(" Entry: destroy - {}\n", destroy)),
+            trace(del, fmt::format("ifindex = 10400000 main 0 destroy = {}\n", destroy))};
+}
+
+Messages record_released_messages()
+{
+    return {
+        trace("l3iif_table_init", " l3iif_table_init called with :1 \n"),
+        trace("rtifhal_free_l3iif", " iif_index = 3 preserve = 1\n"),
+        trace("rtifhal_l3_intf_delete", "intf-pd-ctx deleted for 10400000\n"),
+    };
+}
+
+Messages routed_vlan_left_messages()
+{
     const std::string vlan = "rtifhal_vlan_delete";
+    return join(
+        {Messages{trace(vlan, "vlan 4094 port 5\n"), trace(vlan, "Reset STP state for port 5\n")},
+         mode_off_messages(PORT)});
+}
+
+} // namespace
+
+Messages ingress_and_egress_messages(int create)
+{
+    const std::string ingress = "rtifhal_l3_ing_create";
+    const Messages cached = {
+        trace(ingress, "Get l3_iif for iif 3\n"),
+        trace(ingress, "ipmc_intf_id = 0 class 40 flags = 6\n"),
+    };
     return join({
         Messages{
-            trace("rtifhal_trident_del_l3port",
-                  "\nrtifhal_trident_del_l3port: L3LIF: 0x10400000, 1\n"),
-            trace("rtifhal_trident_del_egress",
-                  "\nrtifhal_trident_del_egress: L3LIF: 0x10400000, 0, 1\n"),
-            trace("rtifhal_trident_del_ingress",
-                  "\nrtifhal_trident_del_ingress: L3LIF: 0x10400000, 0, 1\n"),
-            trace(ingress, "ifindex = 10400000 destroy = 1\n"),
-            trace(ingress, "iftype = 1a iif = 3 l3_if_index = 3\n"),
-            trace(ingress, "L3 Phy \n"),
-            // "% i" is a conversion of its own: the port, with a blank before it.
-            trace(ingress, "L3Ingress L3 Phy or L3 PC port =  5if = 0\n"),
-            trace(del, " Entry: destroy - 1\n"),
-            trace(del, "ifindex = 10400000 main 0 destroy = 1\n"),
-            trace(del, "brcm_prog_complete = 0, l3intf_id = 3\n"),
-            trace(object, "l3lif->ifindex = 10400000 destroy = 1\n"),
-            trace(object, "intf-delete for 10400000\n"),
-            trace("l3iif_table_init", " l3iif_table_init called with :1 \n"),
-            trace("rtifhal_free_l3iif", " iif_index = 3 preserve = 1\n"),
-            trace(object, "intf-pd-ctx deleted for 10400000\n"),
-            trace(vlan, "vlan 4094 port 5\n"),
-            trace(vlan, "Reset STP state for port 5\n"),
+            dispatched("rtifhal_trident_add_ingress", create),
+            trace(ingress, "inl3lif->ifindex = 10400000 l3lif->ifindex = 10400000\n"),
+            trace(ingress, "l3_if_index = 0x3 ipmc_intf_id = 0x3 iif = 0x3\n"),
         },
-        mode_off_messages(PORT),
+        create == 0 ? cached : Messages{},
+        Messages{
+            trace(ingress, "vrf = 1 ipv4_en = 1 ipv6_en = 0, ipmc_l3iif = 0 ipv4_mc_en = 0\n"),
+            trace("rtifhal_get_class_id", " Return 64 | l3_pd->acl_qos_label_ingress(0)\n"),
+            trace(ingress, " rtifhal_bcm_l3_ing_create(0x10400000) iif 3, vrf 1 rpf 0 class 64\n"),
+            trace(ingress, "Before calling bcm_l3_ingress_create - iif:3, l3_iif.flags:0x6, "
+                           "l3_iif.vrf:1, l3_iif.urpf_mode:0, l3_iif.intf_class:64, "
+                           "l3_iif.ipmc_intf_id:0, l3_iif.qos_map_id:0\n"),
+            trace(ingress, "L3Ingress L3 Phy or L3 PC port = 5 iif = 3\n"),
+            trace(ingress, "bcm_l3_ing_create(10400000) control: 5, 3\n"),
+            trace(ingress, "bcm_l3_ing_create(10400000) success: 5, 3\n"),
+            dispatched("rtifhal_trident_add_egress", create),
+        },
+    });
+}
+
+Messages up_again_messages(Kind chip)
+{
+    const std::string add = "rtifhal_trident_l3port_add";
+    const std::string create = "rtifhal_l3_intf_create";
+    const std::string vlan = "rtifhal_vlan_create";
+    return join({
+        Messages{
+            entered("rtifhal_trident_add_l3port", 0),
+            trace(add, " Entry: create - 0\n"),
+            trace(add, "bcm_port: 5\n"),
+            trace(create, "inl3lif->ifindex = 10400000 l3lif->ifindex = 10400000 create = 0\n"),
+            trace(create, "create internal_vlan = 4094 si_encap_vlan = 0\n"),
+            trace(create, "Reusing l3a_intf_id from existind pd ctxt 3\n"),
+            trace(create, " Calling bcm_l3_intf_create for 4094 intf-id 3, mtu 1500, vrf 1\n"),
+            trace(create, "Created l3-intf with intf-id as 0x3\n"),
+            trace("rtifhal_trident_l3port_add_pss",
+                  "calling rtifhal_pss_l3port_store, lif (0x10400000)\n"),
+            trace(vlan, "vlan 4094 port 5\n"),
+        },
+        mode_on_messages(chip, PORT),
+        Messages{
+            trace(vlan, " Set vlan control for vid: 4094, flags: 0x0\n"),
+            trace(vlan, "Created 4094 vlan \n"),
+        },
+        ingress_and_egress_messages(0),
+    });
+}
+
+Messages down_messages(int destroy)
+{
+    const std::string object = "rtifhal_l3_intf_delete";
+    return join({
+        untied_messages(destroy, IIF),
+        del_entered_messages(destroy),
+        Messages{
+            trace("rtifhal_trident_l3port_del", "brcm_prog_complete = 0, l3intf_id = 3\n"),
+            trace(object, fmt::format("l3lif->ifindex = 10400000 destroy = {}\n", destroy)),
+            trace(object, "intf-delete for 10400000\n"),
+        },
+        destroy != 0 ? record_released_messages() : Messages{},
+        routed_vlan_left_messages(),
+    });
+}
+
+Messages parked_down_messages()
+{
+    const std::string del = "rtifhal_trident_l3port_del";
+    return join({
+        untied_messages(1, 0),
+        del_entered_messages(1),
+        Messages{
+            trace(del, "brcm_prog_complete = 1, l3intf_id = 0\n"),
+            trace(del, "Using prev_l3_if_index 3\n"),
+            trace("rtifhal_l3_intf_delete", "l3lif->ifindex = 10400000 destroy = 1\n"),
+        },
+        record_released_messages(),
+        routed_vlan_left_messages(),
     });
 }
 

@@ -40,9 +40,13 @@ Calls routed_vlan_left(Kind chip);
 Calls down(const Lif &lif, Kind chip);
 /** The messages of a first add up to the end of its interface step. */
 Messages interface_step_messages(Kind chip);
-/** The messages of the two other steps. */
-Messages ingress_and_egress_messages();
-/** The messages of a final delete. */
-Messages down_messages();
+/** The messages of the two other steps; `create` as in the add. */
+Messages ingress_and_egress_messages(int create = 1);
+/** The messages of an add that programs a parked or live interface again. */
+Messages up_again_messages(Kind chip);
+/** The messages of a delete of a live interface. */
+Messages down_messages(int destroy = 1);
+/** The messages of a final delete of a parked one. */
+Messages parked_down_messages();
 
 } // namespace rtifhal_test::l3port_road

@@ -5,6 +5,7 @@
 
 #include "rtifhal_kelvo_trident/defaults/default_nh.h"
 #include "rtifhal_kelvo_trident/field/floodlist.h"
+#include "rtifhal_kelvo_trident/field/ifp_drop.h"
 #include "rtifhal_kelvo_trident/l3_objects/egress.h"
 #include "rtifhal_kelvo_trident/station/pvlan_svi.h"
 #include "rtifhal_kelvo_trident/vlan/accounting.h"
@@ -127,6 +128,8 @@ void reset_library()
     def_routes_loaded = 0;
     tcam_sup_default_size = 128;
     tcam_sup_size_stale = 1;
+    ifp_drop_installed = 0;
+    ifp_drop_entry = 0;
 }
 
 LibraryTest::LibraryTest(const simswitch::Options &options) : sw(options)

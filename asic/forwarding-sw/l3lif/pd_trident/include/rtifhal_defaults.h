@@ -1,6 +1,6 @@
 /*
  * rtifhal_defaults.h: what a fast restart brings back: default routes, and
- * adjacencies, which the service bcm_usd makes.
+ * adjacencies, which the service bcm_usd makes. And the VXLAN virtual ports.
  *
  * Part of rtifhal_trident.h.
  */
@@ -67,6 +67,37 @@ RTIFHAL_EXPORT void rtifhal_trident_create_v6_adjacency(uint32_t ifindex);
  *         reported, for an interface that isn't ready
  */
 RTIFHAL_EXPORT int rtifhal_trident_recover_adjacency(uint32_t ifindex);
+
+/**
+ * Makes a VXLAN virtual port through the platform layer. For callers outside;
+ * nothing is checked but that the records are there.
+ *
+ * @param unit      SDK unit
+ * @param if_index  the interface that it belongs to
+ * @param vpn       VPN record: 32-bit words 2 to 4 are printed, VN id, VPN id, multicast index
+ * @param egress    egress record: word 2 is printed, its L3 interface
+ * @param port      port record: word 2, its flags, the words at bytes 24 and 28 and the 16 bits
+ *                  at byte 32, what it matches, are printed
+ * @param context   passed on
+ * @return what the platform layer gave; -1, without a call, when a record is null
+ */
+RTIFHAL_EXPORT int rtifhal_trident_vxlan_port_create(int unit, uint32_t if_index, void *vpn,
+                                                     void *egress, void *port, uintptr_t context);
+
+/**
+ * Removes a VXLAN virtual port through the platform layer. For callers outside.
+ *
+ * @param unit     passed on: SDK unit
+ * @param second   not looked at
+ * @param third    not looked at
+ * @param vpn      passed on: id of the VPN
+ * @param port     passed on: the port's id
+ * @param context  passed on
+ * @return what the platform layer gave
+ */
+RTIFHAL_EXPORT int rtifhal_trident_vxlan_port_delete(int unit, uintptr_t second, uintptr_t third,
+                                                     uintptr_t vpn, uintptr_t port,
+                                                     uintptr_t context);
 
 #ifdef __cplusplus
 }

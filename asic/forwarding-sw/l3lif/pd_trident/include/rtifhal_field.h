@@ -1,6 +1,6 @@
 /*
  * rtifhal_field.h: the flood lists and in-port sets of the field entries at the top
- * of the rule memory.
+ * of the rule memory, and the rule that drops what isn't L3-routable.
  *
  * Part of rtifhal_trident.h.
  */
@@ -9,6 +9,8 @@
 
 #include "rtifhal_export.h"
 #include "rtifhal_types.h"
+
+#include <stddef.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -53,6 +55,36 @@ RTIFHAL_EXPORT int rtifhal_add_remove_port_from_inports(int unit, int entry, int
  * @return the result of the last reinstall, negative on failure
  */
 RTIFHAL_EXPORT int rtifhal_l2port_fld_chg(int pif, int l2);
+
+/**
+ * Drops what comes in on a port and isn't L3-routable. The rule is made with
+ * the first port; later ones are folded into it, in the data alone. For
+ * callers outside; a port never leaves.
+ *
+ * @param unit  SDK unit, of every field call
+ * @param port  SDK port; one outside 0..255 has no place in the rule
+ * @return 0; -1 at the first step that fails, reported, nothing undone
+ */
+RTIFHAL_EXPORT int rtifhal_install_ifp_drop(int unit, int port);
+
+/**
+ * Does nothing: a port never leaves the drop rule. For callers outside.
+ *
+ * @param unit  not looked at
+ * @param port  not looked at
+ * @return 0
+ */
+RTIFHAL_EXPORT int rtifhal_rm_ifp_drop(int unit, int port);
+
+/**
+ * Fills memory. For the drop rule's qualifier set.
+ *
+ * @param destination  where to
+ * @param byte         the byte, of which the low 8 bits count
+ * @param count        bytes; 0 writes nothing
+ * @return the destination
+ */
+RTIFHAL_EXPORT void *sal_memset(void *destination, int byte, size_t count);
 
 #ifdef __cplusplus
 }

@@ -9,6 +9,7 @@
 
 #include "rtifhal_data.h"
 #include "rtifhal_defaults.h"
+#include "rtifhal_diag.h"
 #include "rtifhal_field.h"
 #include "rtifhal_frame.h"
 #include "rtifhal_kinds.h"

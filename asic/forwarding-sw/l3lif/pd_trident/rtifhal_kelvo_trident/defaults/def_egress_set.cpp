@@ -20,8 +20,9 @@ constexpr int UNIT = 0;
 void save_curr_egress(def_egress_set_t *destination, const def_egress_set_t *source)
 {
     if (destination == nullptr || source == nullptr) {
-        syslog(LOG_EMERG, "%s %d Error, passed NULL parameter", __func__, __LINE__);
-        REPORT("%s %d Error, passed NULL parameter", __func__, __LINE__);
+        const int line = __LINE__; // both texts are the same
+        syslog(LOG_EMERG, "%s %d Error, passed NULL parameter", __func__, line);
+        REPORT("%s %d Error, passed NULL parameter", __func__, line);
         return;
     }
     *destination = *source;
@@ -30,8 +31,9 @@ void save_curr_egress(def_egress_set_t *destination, const def_egress_set_t *sou
 void clear_old_egress(const def_egress_set_t *set)
 {
     if (set == nullptr) {
-        syslog(LOG_EMERG, "%s %d Error, passed NULL parameter", __func__, __LINE__);
-        REPORT("%s %d Error, passed NULL parameter", __func__, __LINE__);
+        const int line = __LINE__; // both texts are the same
+        syslog(LOG_EMERG, "%s %d Error, passed NULL parameter", __func__, line);
+        REPORT("%s %d Error, passed NULL parameter", __func__, line);
         return;
     }
     if (set->in_use == 0) {

@@ -39,13 +39,12 @@ void load_def_routes()
         def_routes = allocate<def_route_rec_t>(num_def_routes);
         if (def_routes == nullptr) {
             num_def_routes = 0;
+        } else {
+            (void)!fread(def_routes, sizeof *def_routes, num_def_routes, file);
         }
         egresses = allocate<def_egress_set_t>(num_def_routes);
         if (egresses == nullptr) {
             num_def_routes = 0;
-        }
-        if (def_routes != nullptr) {
-            (void)!fread(def_routes, sizeof *def_routes, num_def_routes, file);
         }
         (void)fclose(file);
         (void)remove(DEF_ROUTE_FILE);

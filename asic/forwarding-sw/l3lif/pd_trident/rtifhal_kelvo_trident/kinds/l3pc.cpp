@@ -144,13 +144,14 @@ int replay_subinterfaces(const member_add &add, int &rc)
     TRACE_OF(rtifhal_trident_l3pc_add, "Enable subinterface setting on %x\n", add.member->ifindex);
     rc = fwmpd_bcm_port_untagged_vlan_set(add.unit, add.port, RTIFHAL_VLAN_ROUTED);
     avl_tree_t *const tree = add.main->subint_tree;
-    avl_node_t *node = tree != nullptr ? avl_get_first(tree) : nullptr;
-    while (node != nullptr) {
+    if (tree == nullptr || tree->count == 0) {
+        return 0;
+    }
+    for (avl_node_t *node = avl_get_first(tree); node != nullptr; node = avl_get_next(tree, node)) {
         if (replay_subinterface(add, static_cast<const struct l3lif *>(node->payload)) != 0) {
             return -1;
         }
         rc = 0;
-        node = avl_get_next(tree, node);
     }
     return 0;
 }

@@ -146,13 +146,14 @@ int remove_subinterfaces(const member_delete &del, int discard_rc)
     }
     TRACE_OF(rtifhal_trident_l3pc_del, "Disable subintercae setting on %x\n", del.member->ifindex);
     avl_tree_t *const tree = del.main->subint_tree;
-    avl_node_t *node = tree != nullptr ? avl_get_first(tree) : nullptr;
-    while (node != nullptr) {
+    if (tree == nullptr || tree->count == 0) {
+        return 0;
+    }
+    for (avl_node_t *node = avl_get_first(tree); node != nullptr; node = avl_get_next(tree, node)) {
         if (remove_subinterface(del, static_cast<const struct l3lif *>(node->payload),
                                 discard_rc) != 0) {
             return -1;
         }
-        node = avl_get_next(tree, node);
     }
     return 0;
 }

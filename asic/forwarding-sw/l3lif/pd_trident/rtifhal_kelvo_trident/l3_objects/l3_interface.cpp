@@ -40,7 +40,6 @@ struct creation {
     int unit;
     struct l3lif *working;
     bcm_l3_intf_t object;
-    int create;
     uint32_t iif;
 };
 
@@ -219,7 +218,6 @@ int rtifhal_l3_intf_create(int unit, struct l3lif *inl3lif, bcm_l3_intf_t *objec
     }
     creation step = {};
     step.unit = unit;
-    step.create = create;
     if (object != nullptr) {
         step.object = *object;
     } else {

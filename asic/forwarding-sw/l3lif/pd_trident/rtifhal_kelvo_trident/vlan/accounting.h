@@ -21,6 +21,7 @@ inline constexpr int USE_L2 = 3;
 
 /** Spanning tree states of a port. */
 inline constexpr int STP_DISABLED = 0;
+inline constexpr int STP_BLOCKING = 1;
 inline constexpr int STP_FORWARDING = 4;
 
 /** The group of VLAN 4094; in restore mode it stays 0 with the flag below set. */

@@ -13,6 +13,7 @@
 #include "frame/trace.h"
 #include "rtifhal_trident.h"
 #include "vlan/accounting.h"
+#include "vlan/vlan_controls.h"
 
 #include <fwmpd/l3_cache.h>
 #include <fwmpd/platform.h>
@@ -139,30 +140,6 @@ int count_vlan_use(int unit, uint16_t vlan, int port, bool existed)
     return 0;
 }
 
-/** Brings what the chip has of the VLAN's controls into the wrappers' cache. */
-int refresh_controls(int unit, uint16_t vlan)
-{
-    bcm_vlan_control_vlan_t *const control = fwmpd_bcm_vlan_control_vlan_get_from_cache(vlan);
-    if (control == nullptr) {
-        REPORT_OF(rtifhal_vlan_create,
-                  "fwmpd_bcm_vlan_control_vlan_get_from_cache(%d) returned NULL\n", vlan);
-        return -1;
-    }
-    bcm_vlan_control_vlan_t_init(control);
-    (void)fwmpd_trident_batch_flush();
-    if (bcm_vlan_control_vlan_get(unit, vlan, control) < 0) {
-        REPORT_OF(rtifhal_vlan_create, " bcm_vlan_control_vlan_get failed for VLAN: %d", vlan);
-        return -1;
-    }
-    if (fwmpd_bcm_vlan_control_vlan_set(unit, vlan, *control) != 0) {
-        REPORT_OF(rtifhal_vlan_create, "bcm_vlan_control_vlan_set failed for VLAN: %d\n", vlan);
-        return -1;
-    }
-    TRACE_OF(rtifhal_vlan_create, " Set vlan control for vid: %d, flags: 0x%x\n", vlan,
-             control->vc_flags);
-    return 0;
-}
-
 } // namespace
 
 int rtifhal_vlan_create(int unit, uint16_t vlan, int port)
@@ -191,7 +168,7 @@ int rtifhal_vlan_create(int unit, uint16_t vlan, int port)
     if (l3_vlan && count_vlan_use(unit, vlan, port, existed) != 0) {
         return -1;
     }
-    if (refresh_controls(unit, vlan) != 0) {
+    if (refresh_vlan_controls(__func__, unit, vlan) != 0) {
         return -1;
     }
     TRACE("Created %d vlan \n", vlan);

@@ -1,6 +1,6 @@
 /*
- * vlan_controls.h: the words of a VLAN's control record by name, and the one
- * write that goes past its cached copy.
+ * vlan_controls.h: the words of a VLAN's control record by name, the one write
+ * that goes past its cached copy, and the way to bring that copy up to date.
  */
 #pragma once
 
@@ -36,3 +36,14 @@ inline constexpr uint32_t VLAN_CLASS_INGRESS_MAPPED = 4;
  * @return what the SDK gave
  */
 int write_snooping_disabled(int unit, uint16_t vlan, const bcm_vlan_control_vlan_t &cached);
+
+/**
+ * Brings what the chip has of a VLAN's controls into the wrappers' cache, and
+ * writes it back through them.
+ *
+ * @param operation  the procedure that this is a step of, for the messages
+ * @param unit       SDK unit
+ * @param vlan       VLAN id
+ * @return 0; -1, reported, when the VLAN has no cached record, or the chip can't be read or written
+ */
+int refresh_vlan_controls(const char *operation, int unit, uint16_t vlan);
