@@ -9,14 +9,15 @@
 #include "l3lif/leftovers.h"
 #include "l3lif/readback.h"
 #include "l3lif/readback_macs.h"
+#include "l3lif/restart_state.h"
 #include "report/json.h"
 #include "report/table.h"
 
 #include <fmt/format.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace lab::commands
@@ -135,24 +136,32 @@ int up(const UpOptions &options, std::ostream &out)
     return up_on(hardware, options, out);
 }
 
-int up_on(simswitch::Switch &hardware, const UpOptions &options, std::ostream &out)
+report::UpResult result_of(const simswitch::Switch &hardware, const config::Description &config,
+                           const l3lif::Layer &layer)
 {
-    const config::Description config = config::read_config(options.config);
     report::UpResult result;
     result.config = &config;
+    result.layer = &layer;
     result.chip = hardware.chip.kind() == simswitch::chip::Kind::trident2 ? "Trident2" : "Trident";
     result.skipped = config.skipped;
     result.notes = config.notes;
-    for (auto &note : l3lif::forget_earlier_run(hardware, options.state_dir)) {
-        result.notes.push_back(std::move(note));
-    }
+    judge_all(hardware, layer, result);
+    note_families(hardware, result);
+    return result;
+}
+
+int up_on(simswitch::Switch &hardware, const UpOptions &options, std::ostream &out)
+{
+    const config::Description config = config::read_config(options.config);
+    l3lif::keep_config(options.state_dir, options.config);
+    const auto earlier = l3lif::forget_earlier_run(hardware, options.state_dir);
 
     const l3lif::Moment before = l3lif::look(hardware);
     l3lif::Layer layer(hardware);
-    result.layer = &layer;
     l3lif::bring_all_up(config, layer);
-    judge_all(hardware, layer, result);
-    note_families(hardware, result);
+    report::UpResult result = result_of(hardware, config, layer);
+    result.notes.insert(result.notes.begin() + static_cast<std::ptrdiff_t>(config.notes.size()),
+                        earlier.begin(), earlier.end());
     if (options.then_down) {
         result.teardown = tear_down(hardware, layer, before);
     }

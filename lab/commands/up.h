@@ -36,6 +36,14 @@ struct UpOptions {
  */
 int up(const UpOptions &options, std::ostream &out);
 
+/**
+ * What a layer that has brought a configuration up came to.
+ *
+ * @param config  must outlive the result, as must the layer
+ */
+report::UpResult result_of(const simswitch::Switch &hardware, const config::Description &config,
+                           const l3lif::Layer &layer);
+
 /** The same on a switch that is there already. */
 int up_on(simswitch::Switch &hardware, const UpOptions &options, std::ostream &out);
 

@@ -36,7 +36,8 @@ void check_state(const simswitch::Switch &hardware)
     }
 }
 
-void bring_all_up(const config::Description &config, Layer &layer)
+void bring_all_up(const config::Description &config, Layer &layer,
+                  const std::function<void(const Interface &)> &after_each)
 {
     layer.add_router_mac(config.device_mac);
     for (auto &plan : vlan_plans_of(config)) {
@@ -44,7 +45,10 @@ void bring_all_up(const config::Description &config, Layer &layer)
     }
     const auto plans = plans_of(config);
     for (const auto &plan : plans) {
-        layer.bring_up(plan);
+        const Interface &interface = layer.bring_up(plan);
+        if (after_each) {
+            after_each(interface);
+        }
     }
     for (const auto &plan : pair_plans_of(config)) {
         layer.add_pair(plan);

@@ -11,6 +11,7 @@
 #include "switch.h"
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -30,8 +31,13 @@ std::vector<std::string> forget_earlier_run(simswitch::Switch &hardware,
 /** @throws std::runtime_error when the state folder has taken nothing more, with why */
 void check_state(const simswitch::Switch &hardware);
 
-/** Brings everything up. */
-void bring_all_up(const config::Description &config, Layer &layer);
+/**
+ * Brings everything up.
+ *
+ * @param after_each  called with each interface that has been brought up; may be empty
+ */
+void bring_all_up(const config::Description &config, Layer &layer,
+                  const std::function<void(const Interface &)> &after_each = {});
 
 /** A request and what was asked. */
 struct NamedRequest {

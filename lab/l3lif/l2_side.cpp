@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <utility>
@@ -47,6 +48,12 @@ fwm::PrivateVlan role_of(config::VlanRole role)
     return fwm::PrivateVlan::none;
 }
 
+bool covers(const chip::PortSet &all, chip::PortSet some)
+{
+    some -= all;
+    return some.empty();
+}
+
 /** Runs a request whose refusal has words. */
 Request run(simswitch::Switch &hardware, const std::string &name,
             const std::function<simswitch::Outcome()> &work)
@@ -75,6 +82,38 @@ const L2Vlan &L2Side::set_up(VlanPlan plan)
     return made;
 }
 
+bool L2Side::adopt(VlanPlan plan)
+{
+    const chip::Vlan *there = hardware_.chip.vlans.find(plan.vlan);
+    const bool has_all = there != nullptr && hardware_.host.vlans.has(plan.vlan) &&
+                         covers(there->members, plan.ports) &&
+                         covers(there->untagged, plan.untagged);
+    if (!has_all) {
+        return false;
+    }
+    auto vlan = std::make_unique<L2Vlan>();
+    vlan->plan = std::move(plan);
+    // Nobody has kept what was there before; a port's frames were in the default VLAN.
+    for (int port = chip::FIRST_FRONT_PORT; port <= chip::LAST_FRONT_PORT; ++port) {
+        if (vlan->plan.untagged.has(port)) {
+            vlan->untagged_before[port] = chip::DEFAULT_VLAN;
+        }
+    }
+    if (vlan->plan.vlan == chip::DEFAULT_VLAN) {
+        vlan->before = *there;
+    }
+    rtifhal_set_l2_vlan(vlan->plan.vlan);
+    vlans_.push_back(std::move(vlan));
+    return true;
+}
+
+const L2Vlan *L2Side::find(std::uint16_t vlan) const
+{
+    const auto found = std::find_if(vlans_.begin(), vlans_.end(),
+                                    [vlan](const auto &known) { return known->plan.vlan == vlan; });
+    return found == vlans_.end() ? nullptr : found->get();
+}
+
 void L2Side::set_role(std::uint16_t vlan, config::VlanRole role)
 {
     hardware_.host.vlans.set_role(vlan, role_of(role));
@@ -92,13 +131,43 @@ simswitch::Outcome L2Side::create(L2Vlan &vlan)
         !refused.ok()) {
         return refused;
     }
-    if (bcm_vlan_control_vlan_t *controls = hardware_.wrappers.vlan_controls(plan.vlan)) {
+    fill(vlan);
+    return {};
+}
+
+void L2Side::fill(L2Vlan &vlan)
+{
+    const std::uint16_t id = vlan.plan.vlan;
+    bcm_vlan_control_vlan_t *controls = hardware_.wrappers.vlan_controls(id);
+    if (controls != nullptr && rtifhal_is_vlan_svi(id) == 0) {
         controls->vc_flags |= VLAN_NOT_ROUTED;
-        hardware_.wrappers.set_vlan_controls(plan.vlan, *controls);
+        hardware_.wrappers.set_vlan_controls(id, *controls);
     }
     join_ports(vlan);
-    rtifhal_set_l2_vlan(plan.vlan);
-    return {};
+    rtifhal_set_l2_vlan(id);
+}
+
+const L2Vlan &L2Side::repair(VlanPlan plan)
+{
+    auto made = std::make_unique<L2Vlan>();
+    made->plan = std::move(plan);
+    L2Vlan &vlan = *made;
+    vlans_.push_back(std::move(made));
+    vlan.up = run(hardware_, fmt::format("set up {}", vlan.plan.name), [this, &vlan] {
+        const int id = vlan.plan.vlan;
+        simswitch::Outcome outcome;
+        if (hardware_.chip.vlans.find(id) == nullptr) {
+            outcome = hardware_.chip.vlans.create(id);
+        }
+        if (outcome.ok() && !hardware_.host.vlans.has(id)) {
+            outcome = hardware_.host.vlans.add(id, role_of(vlan.plan.role));
+        }
+        if (outcome.ok()) {
+            fill(vlan);
+        }
+        return outcome;
+    });
+    return vlan;
 }
 
 void L2Side::join_ports(L2Vlan &vlan)

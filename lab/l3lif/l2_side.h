@@ -41,6 +41,16 @@ public:
 
     /** Sets a VLAN up. The reference stays good. */
     const L2Vlan &set_up(VlanPlan plan);
+    /**
+     * After a restart: takes over a VLAN that an earlier process has set up.
+     *
+     * @return whether it was; nothing is done unless the chip has all of it
+     */
+    bool adopt(VlanPlan plan);
+    /** The same for one of which the chip or the forwarding manager has only a part. */
+    const L2Vlan &repair(VlanPlan plan);
+    /** The VLAN of an id, null when it wasn't set up here. */
+    const L2Vlan *find(std::uint16_t vlan) const;
     /** Makes a VLAN that is set up a primary, a secondary, or neither. */
     void set_role(std::uint16_t vlan, config::VlanRole role);
     /**
@@ -54,6 +64,7 @@ public:
 
 private:
     simswitch::Outcome create(L2Vlan &vlan);
+    void fill(L2Vlan &vlan);
     void join_ports(L2Vlan &vlan);
     void leave_ports(const L2Vlan &vlan);
     simswitch::Outcome end(const L2Vlan &vlan);

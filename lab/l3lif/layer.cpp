@@ -27,6 +27,17 @@ const Request &Layer::add_router_mac(const config::Mac &mac)
     return router_mac_;
 }
 
+void Layer::adopt_router_mac(const config::Mac &mac)
+{
+    router_mac_ = run(fmt::format("add router MAC {}", config::mac_text(mac)),
+                      [&mac] { return rtifhal_trident_rmac_add(mac.data()); });
+    for (const auto &[id, station] : hardware_.chip.stations.all()) {
+        if (station.mac == mac && station.vlan_mask == 0 && station.src_port_mask == 0) {
+            router_macs_.try_emplace(id, mac);
+        }
+    }
+}
+
 const Request &Layer::remove_router_mac(int station)
 {
     router_mac_removal_ = run(fmt::format("delete router MAC at station {}", station),

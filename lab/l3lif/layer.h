@@ -57,12 +57,21 @@ public:
 
     /** Installs a router MAC; the code is the station's number, NO_STATION when refused. */
     const Request &add_router_mac(const config::Mac &mac);
+    /**
+     * After a restart, in restore mode: tells the library of a router MAC, and
+     * takes over its station where the chip has one.
+     */
+    void adopt_router_mac(const config::Mac &mac);
     /** Removes a router MAC. @param station  its number */
     const Request &remove_router_mac(int station);
     /** Sets a VLAN up on the L2 side, before what is routed in it. */
     const L2Vlan &set_up_vlan(VlanPlan plan) { return l2_.set_up(std::move(plan)); }
     /** Makes a VLAN that is set up a primary, a secondary, or neither. */
     void set_role(std::uint16_t vlan, config::VlanRole role) { l2_.set_role(vlan, role); }
+    /** The L2 side, which takes over VLANs after a restart. */
+    L2Side &l2() { return l2_; }
+    /** The routed interfaces, which are taken over after a restart. */
+    RoutedInterfaces &routed() { return routed_; }
     /** Brings an interface up for the first time. The reference stays good. */
     const Interface &bring_up(LifPlan plan);
     /** Brings an interface up again; see RoutedInterfaces::add. */

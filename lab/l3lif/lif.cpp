@@ -50,6 +50,26 @@ void Lif::put_under_view()
     record_.main_l3lif = &view_;
 }
 
+::l3lif *Lif::take_over(const simswitch::services::StoredInterface &stored)
+{
+    properties_ = stored.properties.value_or(l3lif_pi_ctxt{});
+    if (stored.hardware) {
+        // The library frees both.
+        auto *context = static_cast<l3lif_pd_ctxt *>(std::calloc(1, sizeof(l3lif_pd_ctxt)));
+        context->l3_pd = static_cast<l3_pd *>(std::calloc(1, sizeof(l3_pd)));
+        *context->l3_pd = *stored.hardware;
+        record_.l3lif_pd_ctxt = context;
+        give_context_to_view();
+    }
+    ::l3lif *restored = record_.main_l3lif == &view_ ? &view_ : &record_;
+    std::copy(stored.mac.begin(), stored.mac.end(), restored->mac);
+    restored->int_vlan = stored.int_vlan;
+    restored->vlan = stored.vlan;
+    restored->si_encap_vlan = stored.si_encap_vlan;
+    restored->tid = stored.tid;
+    return restored;
+}
+
 int Lif::iif() const
 {
     const l3lif_pd_ctxt *context = record_.l3lif_pd_ctxt;

@@ -7,6 +7,7 @@
 #include "config/description.h"
 
 #include "rtifhal_types.h"
+#include "services/store.h"
 #include "switch.h"
 
 #include <cstdint>
@@ -68,6 +69,14 @@ public:
     void take_context_from_view() { record_.l3lif_pd_ctxt = view_.l3lif_pd_ctxt; }
     /** After a delete: what is left of the context is the view's too. */
     void give_context_to_view() { view_.l3lif_pd_ctxt = record_.l3lif_pd_ctxt; }
+    /**
+     * After a restart: takes over what the store has of it, a context included.
+     * A subinterface of a port-channel is under its view by then: the view is
+     * what was stored.
+     *
+     * @return the record to restore: its own, or the view
+     */
+    ::l3lif *take_over(const simswitch::services::StoredInterface &stored);
     /** Its number in the chip as the library knows it; 0 while it has none. */
     int iif() const;
 

@@ -118,19 +118,6 @@ HardwareView read_port_or_tunnel(const chip::Chip &chip, const Lif &lif)
     return view;
 }
 
-/** The ports in a trunk, in order; none where the chip has no such trunk. */
-std::vector<int> ports_of_trunk(const chip::Chip &chip, int trunk)
-{
-    std::vector<int> ports;
-    if (const chip::Trunk *found = chip.trunks.find(trunk)) {
-        for (const chip::TrunkMember &member : found->members) {
-            ports.push_back(member.gport & MODULE_PORT_PORT);
-        }
-    }
-    std::sort(ports.begin(), ports.end());
-    return ports;
-}
-
 /** What a trunk lacks of the members that it was meant to have. */
 std::string missing_in_trunk(const LifPlan &plan, const std::vector<int> &ports)
 {
@@ -242,6 +229,18 @@ HardwareView read_svi(const chip::Chip &chip, const Lif &lif)
 }
 
 } // namespace
+
+std::vector<int> ports_of_trunk(const chip::Chip &chip, int trunk)
+{
+    std::vector<int> ports;
+    if (const chip::Trunk *found = chip.trunks.find(trunk)) {
+        for (const chip::TrunkMember &member : found->members) {
+            ports.push_back(member.gport & MODULE_PORT_PORT);
+        }
+    }
+    std::sort(ports.begin(), ports.end());
+    return ports;
+}
 
 std::vector<std::string_view> HardwareView::families() const
 {

@@ -47,6 +47,9 @@ void read_ingress_families(const simswitch::chip::Chip &chip,
 /** The families that the controls of a VLAN leave of those. */
 void narrow_to_vlan(const simswitch::chip::VlanControls &controls, HardwareView &view);
 
+/** The ports in a trunk, in order; none where the chip has no such trunk. */
+std::vector<int> ports_of_trunk(const simswitch::chip::Chip &chip, int trunk);
+
 /** Reads an interface back. */
 HardwareView read_back(const simswitch::Switch &hardware, const Lif &lif);
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <utility>
 
 namespace lab::l3lif
@@ -37,6 +38,19 @@ bool is_progress(std::string_view message)
 {
     return std::any_of(PROGRESS.begin(), PROGRESS.end(),
                        [message](std::string_view start) { return message.starts_with(start); });
+}
+
+/** The last call from a record on that gave a negative result, and why; empty for none. */
+std::string last_refused_call(const simswitch::Journal &journal, std::size_t first)
+{
+    const auto &records = journal.records();
+    for (std::size_t i = records.size(); i > first; --i) {
+        const simswitch::CallRecord &record = records[i - 1];
+        if (!record.trace_sink && record.result.starts_with('-')) {
+            return record.text() + (record.reason.empty() ? "" : ": " + record.reason);
+        }
+    }
+    return "";
 }
 
 void take_message(const gchar * /*domain*/, GLogLevelFlags /*level*/, const gchar *text,
@@ -98,6 +112,9 @@ Request make_request(simswitch::Switch &hardware, const std::string &name,
         request.refused_writes = report.text;
     }
     request.calls = hardware.journal.calls(first);
+    if (request.code != 0) {
+        request.refused_call = last_refused_call(hardware.journal, first);
+    }
     const auto &messages = hardware.trace.messages();
     request.messages.assign(messages.begin(), messages.end());
     return request;

@@ -24,6 +24,7 @@ struct Request {
     std::vector<simswitch::fwm::Message> messages; ///< the library's messages in order
     std::string_view expected = {}; ///< start of an error message that is none here; or empty
     std::string refused_writes; ///< what the chip refused when the queue was written out; or empty
+    std::string refused_call = {}; ///< of one with a code, the last refused call, and why; or empty
 
     /** Adds what a later request for the same object did; the first failing code stays. */
     void append(Request next);

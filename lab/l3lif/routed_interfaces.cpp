@@ -3,6 +3,7 @@
  */
 #include "l3lif/routed_interfaces.h"
 
+#include "l3lif/readback.h"
 #include "rtifhal_trident.h"
 #include "services/ifindex.h"
 
@@ -70,6 +71,55 @@ Interface &RoutedInterfaces::make(LifPlan plan)
     become_main(lif);
     interfaces_.push_back(std::move(interface));
     return *interfaces_.back();
+}
+
+::l3lif *RoutedInterfaces::take_over(Interface &interface,
+                                     const simswitch::services::StoredInterface &stored)
+{
+    Lif &lif = *interface.lif;
+    if (lif.plan().kind == config::Kind::subinterface) {
+        file_under_main(lif);
+    }
+    ::l3lif *record = lif.take_over(stored);
+    if (lif.plan().kind != config::Kind::port_channel) {
+        return record;
+    }
+    if (!stored.members) {
+        record->pc_member_tree = nullptr;
+        return record;
+    }
+    for (const auto &member : interface.members) {
+        if (std::ranges::find(*stored.members, member->plan().ifindex) != stored.members->end()) {
+            interface.member_tree->insert(member->record());
+        }
+    }
+    return record;
+}
+
+void RoutedInterfaces::sort_as(const std::vector<LifPlan> &plans)
+{
+    const auto place = [&plans](const std::unique_ptr<Interface> &interface) {
+        return std::ranges::find(plans, interface->lif->plan().name, &LifPlan::name) -
+               plans.begin();
+    };
+    std::ranges::stable_sort(interfaces_, {}, place);
+}
+
+void RoutedInterfaces::mark_up(Interface &interface)
+{
+    ::l3lif &record = *interface.lif->record();
+    record.lif_state = PROGRAMMED;
+    if (interface.lif->plan().kind != config::Kind::port_channel) {
+        return;
+    }
+    record.pc_member_tree = interface.member_tree->get();
+    const auto in_trunk = ports_of_trunk(hardware_.chip, interface.lif->plan().trunk);
+    for (const auto &member : interface.members) {
+        if (std::ranges::find(in_trunk, member->plan().chip_port) != in_trunk.end()) {
+            member->record()->lif_state = PROGRAMMED;
+            interface.member_tree->insert(member->record());
+        }
+    }
 }
 
 void RoutedInterfaces::make_members(Interface &interface)

@@ -62,6 +62,20 @@ public:
      */
     const Request &add(Interface &interface);
     /**
+     * Gives an interface that is down what the store has of it. Nothing is told
+     * to the library.
+     *
+     * @return the record to restore
+     */
+    ::l3lif *take_over(Interface &interface, const simswitch::services::StoredInterface &stored);
+    /**
+     * Puts the interfaces into the order of plans, in which a teardown goes back:
+     * a main interface that was taken over late is not taken down first.
+     */
+    void sort_as(const std::vector<LifPlan> &plans);
+    /** After its restore: marks it as up, the members that the chip has in its trunk too. */
+    void mark_up(Interface &interface);
+    /**
      * Takes an interface down that isn't down.
      *
      * @param keep  its record and number stay for its next add; a tunnel goes

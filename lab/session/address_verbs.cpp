@@ -18,11 +18,6 @@ namespace lab::session
 namespace
 {
 
-std::string command_text(std::string_view verb, const Words &words)
-{
-    return fmt::format("{} {}", verb, fmt::join(words, " "));
-}
-
 int station_of(const l3lif::Layer &layer, const config::Mac &mac)
 {
     for (const auto &[station, known] : layer.router_macs()) {

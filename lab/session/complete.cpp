@@ -101,6 +101,55 @@ Candidates behind_add_del(const State &state, const Words &words)
     return words.front() == "pvlan" ? known_vlans(state) : Candidates{};
 }
 
+/** What may stand behind the words of the command on VXLAN ports. */
+Candidates behind_vxlan(const State &state, const Words &words)
+{
+    if (words.size() == 1) {
+        return {"add", "del"};
+    }
+    if (words[1] == "del") {
+        Candidates numbers;
+        for (const auto &[id, port] : state.hardware.chip.vxlan_ports.all()) {
+            if (words.size() == 2) {
+                numbers.push_back(fmt::to_string(port.vpn));
+            } else if (words.size() == 3 && words[2] == fmt::to_string(port.vpn)) {
+                numbers.push_back(fmt::to_string(id));
+            }
+        }
+        return numbers;
+    }
+    if (words.size() == 2) {
+        return state.interface_names();
+    }
+    if (words.size() % 2 == 0) {
+        return words.back() == "port"     ? state.port_names()
+               : words.back() == "egress" ? state.interface_names()
+                                          : Candidates{};
+    }
+    Candidates keys = vxlan_keys();
+    std::erase_if(keys, [&words](const std::string &key) {
+        return std::find(words.begin() + 3, words.end(), key) != words.end();
+    });
+    return keys;
+}
+
+/** What may stand behind the words of a command on ports. */
+Candidates behind_port(const State &state, const Words &words)
+{
+    if (words.front() == "drop") {
+        return words.size() == 1   ? Candidates{"add", "del"}
+               : words.size() == 2 ? state.port_names()
+                                   : Candidates{};
+    }
+    if (words.size() > 1) {
+        return words.size() == 2 ? Candidates{"clear"} : Candidates{};
+    }
+    Candidates names = state.port_names();
+    const Candidates interfaces = state.interface_names();
+    names.insert(names.end(), interfaces.begin(), interfaces.end());
+    return names;
+}
+
 /** The keys of the rows of the tables that are shown under a word. */
 Candidates keys_shown(const State &state, const std::string &name)
 {
@@ -132,6 +181,12 @@ Candidates following(const State &state, const Words &words, const std::string &
     if (verb == "rmac" || verb == "vmac" || verb == "pvlan") {
         return behind_add_del(state, words);
     }
+    if (verb == "vxlan") {
+        return behind_vxlan(state, words);
+    }
+    if (verb == "drop" || verb == "member-port") {
+        return behind_port(state, words);
+    }
     if (verb == "expect") {
         return expect_continuations({words.begin() + 1, words.end()}, state.scene());
     }
@@ -143,6 +198,9 @@ Candidates following(const State &state, const Words &words, const std::string &
     }
     if (verb == "up") {
         return files(typed);
+    }
+    if (verb == "dump") {
+        return state.interface_names();
     }
     if (verb == "ipv6") {
         return {"on", "off"};

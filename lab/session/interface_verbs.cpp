@@ -8,6 +8,7 @@
 #include "l3lif/bring_up.h"
 #include "l3lif/plans.h"
 #include "l3lif/property_requests.h"
+#include "l3lif/restart_state.h"
 #include "session/errors.h"
 #include "session/nearest.h"
 #include "session/properties.h"
@@ -40,11 +41,6 @@ bool is_label(const Property &property)
     return property.store == nullptr;
 }
 
-std::string command_text(std::string_view verb, const Words &words)
-{
-    return fmt::format("{} {}", verb, fmt::join(words, " "));
-}
-
 } // namespace
 
 Outcome run_up(State &state, const Words &words)
@@ -54,7 +50,9 @@ Outcome run_up(State &state, const Words &words)
             fmt::format("{} is up already: a session has one configuration", state.config->file));
     }
     try {
-        state.config = config::read_config(state.folder / words.front());
+        auto config = config::read_config(state.folder / words.front());
+        l3lif::keep_config(state.hardware.state_dir(), state.folder / words.front());
+        state.config = std::move(config);
     } catch (const config::UnusableFile &error) {
         throw Impossible(error.what());
     }

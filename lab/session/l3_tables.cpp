@@ -202,4 +202,40 @@ Table route_table(const Scene &scene)
     return table;
 }
 
+Table vxlan_table(const Scene &scene)
+{
+    Table table{"VXLAN ports",
+                "vxlan",
+                {{"ID", true},
+                 {"VPN", true},
+                 {"VNI", true},
+                 {"PORT"},
+                 {"VLAN", true},
+                 {"INTERFACE"},
+                 {"EGRESS"},
+                 {"MC"},
+                 {"CRITERIA", true},
+                 {"FLAGS"},
+                 {"IIF", true, false},
+                 {"IFINDEX", false, false}},
+                {},
+                scene.interface_names()};
+    for (const auto &[id, port] : scene.hardware.chip.vxlan_ports.all()) {
+        const auto owner = scene.ifindexes.find(port.if_index);
+        const int egress = static_cast<int>(port.egress_if);
+        Row row{{fmt::to_string(id)},
+                {fmt::to_string(id), fmt::to_string(port.vpn), fmt::to_string(port.vn_id),
+                 scene.port_text(static_cast<int>(port.match_port)),
+                 fmt::to_string(port.match_vlan),
+                 owner == scene.ifindexes.end() ? "" : owner->second, scene.iif_text(egress),
+                 hex(port.mc_index), fmt::to_string(port.criteria), hex(port.flags),
+                 fmt::to_string(port.egress_if), hex(port.if_index)}};
+        if (owner != scene.ifindexes.end()) {
+            row.keys.push_back(owner->second);
+        }
+        table.rows.push_back(std::move(row));
+    }
+    return table;
+}
+
 } // namespace lab::session

@@ -91,6 +91,14 @@ std::vector<std::string> LastRequest::errors() const
     return errors;
 }
 
+std::string LastRequest::silent_refusal() const
+{
+    const auto found = std::find_if(steps_.begin(), steps_.end(), [](const Step &step) {
+        return step.refused() && step.request.errors().empty();
+    });
+    return found == steps_.end() ? "" : found->request.refused_call;
+}
+
 void LastRequest::print(std::ostream &out) const
 {
     const bool several = steps_.size() > 1;

@@ -50,6 +50,8 @@ public:
     std::vector<std::string> messages() const;
     /** All errors in order, "asked: error" when there are several requests. */
     std::vector<std::string> errors() const;
+    /** The refused call of a request that was refused without an error; empty when none was. */
+    std::string silent_refusal() const;
 
     /** Prints what was asked, the calls and the messages of each step. */
     void print(std::ostream &out) const;

@@ -10,6 +10,9 @@
 #include <fmt/ranges.h>
 
 #include <array>
+#include <set>
+#include <string>
+#include <vector>
 
 namespace lab::session
 {
@@ -30,10 +33,38 @@ constexpr std::array TABLE_KINDS = {
     TableKind{"ingress", "ingress", ingress_table},
     TableKind{"egress", "egress", egress_table},
     TableKind{"routes", "route", route_table},
+    TableKind{"vxlan", "vxlan", vxlan_table},
     TableKind{"field", "field-group", field_group_table},
     TableKind{"field", "field-entry", field_entry_table},
     TableKind{"switch", "switch", switch_table},
 };
+
+/** The qualifiers of a group in words. */
+std::string meaning_of(const std::set<int> &qualifiers)
+{
+    std::vector<std::string> words;
+    for (const int qualifier : qualifiers) {
+        words.push_back(qualifier == chip::QUALIFIER_IN_PORTS      ? "in-ports"
+                        : qualifier == chip::QUALIFIER_L3_ROUTABLE ? "L3-routable"
+                                                                   : fmt::to_string(qualifier));
+    }
+    return fmt::format("{}", fmt::join(words, ","));
+}
+
+/** What a rule does, in words: "drop", "redirect 1-104", "action 7". */
+std::string actions_of(const chip::FieldRule &rule)
+{
+    std::vector<std::string> words;
+    for (const auto &[action, ports] : rule.port_actions) {
+        const std::string name =
+            action == chip::ACTION_REDIRECT_PORTS ? "redirect" : fmt::format("action {}", action);
+        words.push_back(fmt::format("{} {}", name, port_list(ports)));
+    }
+    for (const int action : rule.actions) {
+        words.push_back(action == chip::ACTION_DROP ? "drop" : fmt::format("action {}", action));
+    }
+    return fmt::format("{}", fmt::join(words, "; "));
+}
 
 } // namespace
 
@@ -46,14 +77,14 @@ Table field_group_table(const Scene &scene)
 {
     Table table{"field groups",
                 "field-group",
-                {{"GROUP", true}, {"STATE"}, {"PRIORITY", true}, {"QUALIFIERS"}},
+                {{"GROUP", true}, {"STATE"}, {"PRIORITY", true}, {"QUALIFIERS"}, {"MEANING"}},
                 {},
                 {}};
     for (const auto &[id, group] : scene.hardware.chip.field_groups.all()) {
         table.rows.push_back(
             {{fmt::to_string(id)},
              {fmt::to_string(id), group.enabled ? "on" : "off", fmt::to_string(group.priority),
-              fmt::format("{}", fmt::join(group.qualifiers, ","))}});
+              fmt::format("{}", fmt::join(group.qualifiers, ",")), meaning_of(group.qualifiers)}});
     }
     return table;
 }
@@ -62,15 +93,29 @@ Table field_entry_table(const Scene &scene)
 {
     Table table{"field entries",
                 "field-entry",
-                {{"ENTRY", true}, {"GROUP", true}, {"INSTALLED"}, {"COPY"}},
+                {{"ENTRY", true},
+                 {"GROUP", true},
+                 {"STATE"},
+                 {"IN-PORTS"},
+                 {"IN-MASK"},
+                 {"L3-ROUTABLE"},
+                 {"ACTIONS"},
+                 {"COPY"},
+                 {"INSTALLED", false, false}},
                 {},
                 {}};
     for (const auto &[id, entry] : scene.hardware.chip.field_entries.all()) {
         const bool same = entry.installed == entry.copy;
+        // One that the chip doesn't go by yet shows what it is to become.
+        const chip::FieldRule &rule = entry.installed ? *entry.installed : entry.copy;
         table.rows.push_back({{fmt::to_string(id)},
                               {fmt::to_string(id), fmt::to_string(entry.group),
-                               entry.installed ? chip::text(*entry.installed) : "",
-                               same ? "the same" : chip::text(entry.copy)}});
+                               entry.installed ? "installed" : "not installed",
+                               rule.in_ports ? port_list(rule.in_ports->data) : "",
+                               rule.in_ports ? port_list(rule.in_ports->mask) : "",
+                               rule.l3_routable ? (*rule.l3_routable ? "1" : "0") : "",
+                               actions_of(rule), same ? "the same" : chip::text(entry.copy),
+                               entry.installed ? chip::text(*entry.installed) : ""}});
     }
     return table;
 }

@@ -10,6 +10,8 @@
 
 #include "report/text.h"
 
+#include "services/ifindex.h"
+
 #include <fmt/format.h>
 
 #include <utility>
@@ -111,6 +113,49 @@ l3lif::Interface &State::interface(std::string_view name) const
     return *found;
 }
 
+std::vector<std::string> State::port_names() const
+{
+    std::vector<std::string> names;
+    if (config) {
+        for (const auto &[name, port] : config->ports) {
+            if (port.chip_port != 0) {
+                names.push_back(name);
+            }
+        }
+    }
+    return names;
+}
+
+const config::Port &State::port(std::string_view name) const
+{
+    if (!config) {
+        throw Impossible("no configuration is up: begin with 'up FILE'");
+    }
+    const auto found = config->ports.find(name);
+    if (found == config->ports.end()) {
+        throw UsageError(unknown("port", name, port_names()));
+    }
+    if (found->second.chip_port == 0) {
+        throw Impossible(fmt::format("{} can't be used: {}", name, found->second.refused));
+    }
+    return found->second;
+}
+
+std::uint32_t State::ifindex(std::string_view name) const
+{
+    if (!config || config->ports.contains(name)) {
+        return simswitch::if_index::port(port(name).chip_port - 1);
+    }
+    const l3lif::Interface *found = layer.routed().find(name);
+    if (found == nullptr) {
+        std::vector<std::string> names = port_names();
+        const std::vector<std::string> interfaces = interface_names();
+        names.insert(names.end(), interfaces.begin(), interfaces.end());
+        throw UsageError(unknown("port or interface", name, names));
+    }
+    return found->lif->plan().ifindex;
+}
+
 std::uint16_t State::vlan(std::string_view word) const
 {
     if (!config) {
@@ -139,6 +184,9 @@ Outcome State::finish(const std::string &command, std::vector<Step> steps)
         report::counted(last.call_count(), "call"));
     for (const std::string &error : last.errors()) {
         outcome.shown += fmt::format("    {}\n", error);
+    }
+    if (const std::string call = last.silent_refusal(); !call.empty()) {
+        outcome.shown += fmt::format("    {}\n", call);
     }
     if (!hardware.state_error().empty()) {
         throw Impossible(hardware.state_error());

@@ -52,6 +52,12 @@ struct State {
     std::vector<std::string> interface_names() const;
     /** An interface by its name. @throws UsageError for an unknown one, with the nearest */
     l3lif::Interface &interface(std::string_view name) const;
+    /** The names of the configuration's ports that the chip has. */
+    std::vector<std::string> port_names() const;
+    /** A port of the configuration by its name. @throws UsageError for an unknown one */
+    const config::Port &port(std::string_view name) const;
+    /** The ifindex of a port or an interface. @throws UsageError for an unknown one */
+    std::uint32_t ifindex(std::string_view name) const;
     /** A VLAN of the configuration, by number or name. @throws UsageError for an unknown one */
     std::uint16_t vlan(std::string_view word) const;
     /** Keeps what a command asked as the last request, and tells how it went. */

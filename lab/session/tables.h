@@ -2,7 +2,7 @@
  * tables.h: the chip's tables as a session shows them, an interface's name
  * beside each number that is one's.
  *
- * l3_tables.cpp has interfaces, numbers, ingress objects and next hops;
+ * l3_tables.cpp has interfaces, numbers, ingress objects, next hops and VXLAN ports;
  * l2_tables.cpp ports, trunks, VLANs, stations, translations; rule_tables.cpp
  * the field processor and the chip's controls.
  */
@@ -40,6 +40,7 @@ Table trunk_table(const Scene &scene);
 Table vlan_table(const Scene &scene);
 Table station_table(const Scene &scene);
 Table translation_table(const Scene &scene);
+Table vxlan_table(const Scene &scene);
 Table field_group_table(const Scene &scene);
 Table field_entry_table(const Scene &scene);
 Table switch_table(const Scene &scene);

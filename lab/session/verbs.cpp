@@ -6,6 +6,9 @@
 #include "session/errors.h"
 #include "session/nearest.h"
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
 #include <algorithm>
 #include <array>
 #include <iterator>
@@ -32,6 +35,17 @@ constexpr std::array VERBS = {
          run_vmac},
     Verb{"pvlan", "pvlan add|del VLAN VLAN", "makes or ends a private-VLAN pair, the primary first",
          3, 3, run_pvlan},
+    Verb{"drop", "drop add|del PORT",
+         "drops what isn't L3-routable on a port; the library lets none go again", 2, 2, run_drop},
+    Verb{"member-port", "member-port NAME [clear]",
+         "puts a port into VLAN 4094 without an interface, or takes it out", 1, 2, run_member_port},
+    Verb{"vxlan", "vxlan add NAME KEY VALUE … | del VPN ID",
+         "makes a VXLAN port (vpn, vni, port, vlan; egress, mc, criteria, flags), or removes one",
+         3, ANY_NUMBER, run_vxlan},
+    Verb{
+        "dump", "dump [NAME]",
+        "prints a port's virtual MACs, or the tables of interface numbers, as the library has them",
+        0, 1, run_dump},
     Verb{"fail", "fail FUNCTION [N|always] CODE | fail off",
          "makes the next, the N-th or each call of a function of the platform fail", 1, 3,
          run_fail},
@@ -70,6 +84,11 @@ const Verb &verb(std::string_view name)
         throw UsageError(unknown("command", name, verb_names()));
     }
     return *found;
+}
+
+std::string command_text(std::string_view verb, const Words &words)
+{
+    return words.empty() ? std::string(verb) : fmt::format("{} {}", verb, fmt::join(words, " "));
 }
 
 bool adds(const Words &words)

@@ -3,7 +3,8 @@
  * the functions that do them.
  *
  * interface_verbs.cpp has those on interfaces, address_verbs.cpp router MACs,
- * virtual MACs and private-VLAN pairs, session_verbs.cpp all others.
+ * virtual MACs and private-VLAN pairs, port_verbs.cpp and vxlan_verbs.cpp the
+ * drop rule, member ports, dumps and VXLAN ports, session_verbs.cpp all others.
  */
 #pragma once
 
@@ -54,6 +55,11 @@ Outcome run_disable(State &state, const Words &words);
 Outcome run_rmac(State &state, const Words &words);
 Outcome run_vmac(State &state, const Words &words);
 Outcome run_pvlan(State &state, const Words &words);
+// On ports, and the dumps.
+Outcome run_drop(State &state, const Words &words);
+Outcome run_member_port(State &state, const Words &words);
+Outcome run_vxlan(State &state, const Words &words);
+Outcome run_dump(State &state, const Words &words);
 // All others; run_expect throws Unmet too.
 Outcome run_ipv6(State &state, const Words &words);
 Outcome run_fail(State &state, const Words &words);
@@ -63,8 +69,14 @@ Outcome run_save(State &state, const Words &words);
 Outcome run_quit(State &state, const Words &words);
 Outcome run_help(State &state, const Words &words);
 
+/** The words before the values behind `vxlan add NAME`. */
+std::vector<std::string> vxlan_keys();
+
 /** The words behind `show`. */
 std::vector<std::string> show_names();
+
+/** A command as it was typed, its words between single blanks. */
+std::string command_text(std::string_view verb, const Words &words);
 
 /** Whether the first argument adds (true) or deletes. @throws UsageError for any other word */
 bool adds(const Words &words);

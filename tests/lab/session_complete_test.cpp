@@ -35,7 +35,7 @@ protected:
 TEST_F(SessionComplete, CommandsStandFirst)
 {
     EXPECT_EQ(after("s"), (Words{"save", "set", "show"}));
-    EXPECT_EQ(after("").size(), 16U);
+    EXPECT_EQ(after("").size(), 20U);
     EXPECT_EQ(after("help sh"), Words{"show"});
     EXPECT_EQ(after("banana "), Words{});
     EXPECT_EQ(after("show # p"), Words{});
@@ -72,6 +72,43 @@ TEST_F(SessionComplete, FunctionsAndTables)
     EXPECT_EQ(after("show p"), Words{"ports"});
     EXPECT_EQ(after("show field 12"), (Words{"120", "123", "124", "125", "127"}));
     EXPECT_EQ(after("rmac d"), Words{"del"});
+}
+
+TEST_F(SessionComplete, PortsAndWhatStandsBehindThem)
+{
+    EXPECT_EQ(after("drop add "), Words{});
+    EXPECT_EQ(after("member-port "), Words{});
+    up();
+    EXPECT_EQ(after("drop "), (Words{"add", "del"}));
+    EXPECT_EQ(after("drop add Ethernet1"), (Words{"Ethernet12", "Ethernet16"}));
+    EXPECT_EQ(after("drop add Ethernet0 "), Words{});
+    EXPECT_EQ(after("member-port Ethernet1"), (Words{"Ethernet12", "Ethernet16"}));
+    EXPECT_EQ(after("member-port V"), Words{"Vlan100"});
+    EXPECT_EQ(after("member-port Ethernet12 "), Words{"clear"});
+    EXPECT_EQ(after("member-port Ethernet12 clear "), Words{});
+    EXPECT_EQ(after("dump V"), Words{"Vlan100"});
+    EXPECT_EQ(after("dump Vlan100 "), Words{});
+}
+
+TEST_F(SessionComplete, VxlanPortsKeyByKey)
+{
+    EXPECT_EQ(after("vxlan "), (Words{"add", "del"}));
+    EXPECT_EQ(after("vxlan del "), Words{});
+    up();
+    EXPECT_EQ(after("vxlan add M"), Words{"MuxTunnel0"});
+    EXPECT_EQ(after("vxlan add Vlan100 v"), (Words{"vlan", "vni", "vpn"}));
+    EXPECT_EQ(after("vxlan add Vlan100 vpn 1 v"), (Words{"vlan", "vni"}));
+    EXPECT_EQ(after("vxlan add Vlan100 vpn "), Words{});
+    EXPECT_EQ(after("vxlan add Vlan100 port Ethernet2"), Words{"Ethernet20"});
+    EXPECT_EQ(after("vxlan add Vlan100 egress T"), Words{});
+    EXPECT_EQ(after("vxlan add Vlan100 egress M"), Words{"MuxTunnel0"});
+    run_all({"vxlan add Vlan100 vpn 28673 vni 1 port Ethernet16 vlan 1",
+             "vxlan add Vlan100 vpn 7 vni 1 port Ethernet16 vlan 2"});
+    EXPECT_EQ(after("vxlan del "), (Words{"7", "28673"}));
+    EXPECT_EQ(after("vxlan del 7 "), Words{"2"});
+    EXPECT_EQ(after("vxlan del 7 2 "), Words{});
+    EXPECT_EQ(after("show v"), (Words{"vlans", "vxlan"}));
+    EXPECT_EQ(after("expect vxlan 1 v"), (Words{"vlan", "vni", "vpn"}));
 }
 
 TEST_F(SessionComplete, ExpectationsWordByWord)

@@ -128,8 +128,8 @@ TEST_F(SessionVerbs, EachTableIsShown)
               "PortChannel0001    20      4094    8  PortChannel0001.20\n");
     EXPECT_EQ(problem("show port"),
               "usage: unknown table 'port': did you mean 'ports'? (known: calls, interfaces, "
-              "stations, vlans, ports, trunks, iif, xlate, ingress, egress, routes, field, "
-              "switch)");
+              "stations, vlans, ports, trunks, iif, xlate, ingress, egress, routes, vxlan, "
+              "field, switch)");
 }
 
 TEST_F(SessionVerbs, AKeyPicksRows)
@@ -138,8 +138,8 @@ TEST_F(SessionVerbs, AKeyPicksRows)
     EXPECT_EQ(run("show vlans Vlan100").shown,
               "VLAN  NAME     STG  PORTS  UNTAGGED  INTERFACE  VRF  URPF  FLAGS     CLASS\n"
               " 100  Vlan100    1  0,5    5         Vlan100      1     0  0x400a30  0x6\n");
-    EXPECT_EQ(run("show field 13").shown, "GROUP  STATE  PRIORITY  QUALIFIERS\n"
-                                          "   13  off           0  -\n");
+    EXPECT_EQ(run("show field 13").shown, "GROUP  STATE  PRIORITY  QUALIFIERS  MEANING\n"
+                                          "   13  off           0  -           -\n");
     EXPECT_EQ(run("show vlans 300").shown, "no vlans 300\n");
     EXPECT_EQ(problem("show vlans Vlan10"),
               "usage: unknown vlan 'Vlan10': did you mean 'Vlan100'?");
