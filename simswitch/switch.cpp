@@ -63,7 +63,8 @@ void make_platform_groups(chip::Chip &chip)
 
 } // namespace
 
-// NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)  // the folder has its owner
+// The folder has its owner.
+// NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks)
 Switch::Switch(const Options &options)
     : folder_(take_folder(options.state_dir)), chip(options.chip, options.limits), wrappers(chip),
       store(open_store(folder_.get()))
@@ -76,6 +77,7 @@ Switch::Switch(const Options &options)
     previous_ = std::exchange(latest, this);
     reset_platform_data(store.context());
 }
+// NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
 
 Switch::~Switch()
 {

@@ -69,7 +69,7 @@ protected:
     fs::path state = folder.path / "state";
 };
 
-INSTANTIATE_TEST_SUITE_P(, StateErrors,
+INSTANTIATE_TEST_SUITE_P(Folders, StateErrors,
                          testing::Values("check", "restart --mode restore", "restart --mode cold"),
                          [](const auto &info) {
                              std::string name = info.param;

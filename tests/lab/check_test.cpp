@@ -60,7 +60,7 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(
-    , CleanCheck,
+    Examples, CleanCheck,
     Combine(Values(Kind::trident, Kind::trident2), Values("kinds", "leaf", "campus", "everything")),
     [](const auto &info) {
         return std::string(std::get<0>(info.param) == Kind::trident ? "Trident_" : "Trident2_") +

@@ -59,11 +59,13 @@ protected:
     lab::config::Description config;
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    , Restore, Combine(Values(Kind::trident, Kind::trident2), Values("kinds", "leaf", "campus")),
-    [](const auto &info) {
-        return name_of(std::get<0>(info.param)) + "_" + std::get<1>(info.param);
-    });
+INSTANTIATE_TEST_SUITE_P(Examples, Restore,
+                         Combine(Values(Kind::trident, Kind::trident2),
+                                 Values("kinds", "leaf", "campus")),
+                         [](const auto &info) {
+                             return name_of(std::get<0>(info.param)) + "_" +
+                                    std::get<1>(info.param);
+                         });
 
 /** The numbers of all interfaces of the configuration that are up. */
 std::vector<int> numbers_of(const l3lif_lab::Layer &layer)

@@ -110,6 +110,6 @@ TEST_P(KilledAt, WhereObjectAndRecordPart)
     check_points(road, moments, chosen);
 }
 
-INSTANTIATE_TEST_SUITE_P(, KilledAt, testing::ValuesIn(CASES), case_name);
+INSTANTIATE_TEST_SUITE_P(Moments, KilledAt, testing::ValuesIn(CASES), case_name);
 
 } // namespace sweep

@@ -305,7 +305,7 @@ TEST_P(StoreFault, NumbersThatAreNotStoredAreHeldBackUntilTheProcessEnds)
     EXPECT_EQ(hit, INTERFACES);
 }
 
-INSTANTIATE_TEST_SUITE_P(, StoreFault, testing::Values(Kind::trident, Kind::trident2),
+INSTANTIATE_TEST_SUITE_P(BothChips, StoreFault, testing::Values(Kind::trident, Kind::trident2),
                          [](const auto &info) {
                              return info.param == Kind::trident2 ? "Trident2" : "Trident";
                          });
