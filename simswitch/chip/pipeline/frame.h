@@ -33,6 +33,8 @@ inline constexpr std::uint8_t PROTOCOL_TCP = 6;
 inline constexpr std::uint8_t PROTOCOL_UDP = 17;
 inline constexpr std::uint8_t PROTOCOL_ICMP6 = 58;
 
+using chip::text;
+
 /** An IP address; an IPv4 address is in the first four bytes. */
 using Address = std::array<std::uint8_t, 16>;
 
