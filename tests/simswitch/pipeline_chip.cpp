@@ -3,6 +3,8 @@
  */
 #include "pipeline_chip.h"
 
+#include <fmt/format.h>
+
 namespace simswitch::chip::pipeline
 {
 

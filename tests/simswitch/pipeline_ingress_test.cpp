@@ -85,6 +85,18 @@ TEST_F(PipelineIngress, APortThatIsNotForwardingGetsNothing)
               "DROPPED: nobody else in its VLAN gets it");
 }
 
+TEST_F(PipelineIngress, TheCpusPortIsNotInTheSpanningTree)
+{
+    bridged_vlan(100, {0, 6});
+    int stg = 0;
+    chip.stgs.create(stg);
+    chip.stgs.add_vlan(stg, 100);
+    chip.stgs.set_state(stg, 6, STP_FORWARDING);
+    EXPECT_EQ(send(0, plain_frame(0x1234, {.tags = {100}})),
+              "SENT port 6 tagged 100: flooded in its VLAN");
+    EXPECT_EQ(send(6, plain_frame(0x1234, {.tags = {100}})), "TO CPU: the CPU is in its VLAN");
+}
+
 TEST_F(PipelineIngress, TheInterfaceOfARoutedPortIsItsControl67)
 {
     routed_port(5, 7);

@@ -13,6 +13,17 @@ namespace simswitch::chip::pipeline
 
 template <class Observer> void Run<Observer>::take(int port, std::span<const std::uint8_t> bytes)
 {
+    forward(port, bytes);
+    // Not before: a frame is bridged by what was known when it came.
+    if constexpr (!Observer::traces) {
+        if (learned_gport_ >= 0) {
+            l2_.learn(vlan_, frame_.source, learned_gport_);
+        }
+    }
+}
+
+template <class Observer> void Run<Observer>::forward(int port, std::span<const std::uint8_t> bytes)
+{
     if (!receive(port, bytes) || !enter_port() || !translate() || !enter_vlan() ||
         !pass_spanning_tree()) {
         return;

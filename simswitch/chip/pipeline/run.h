@@ -54,6 +54,8 @@ public:
     const Frame &frame() const { return frame_; }
 
 private:
+    void forward(int port, std::span<const std::uint8_t> bytes);
+
     // run_ingress.h
     bool receive(int port, std::span<const std::uint8_t> bytes);
     bool enter_port();
@@ -119,8 +121,12 @@ private:
     {
         return from_ == InterfaceFrom::translation || from_ == InterfaceFrom::port;
     }
+    /** The CPU's port isn't part of the spanning tree. */
     int stp_state(const Vlan &vlan, int port) const
     {
+        if (port == CPU_PORT) {
+            return STP_FORWARDING;
+        }
         const Stg *stg = chip_.stgs.find(vlan.stg);
         return stg == nullptr ? STP_DISABLED : stg->states[static_cast<std::size_t>(port)];
     }
@@ -137,7 +143,8 @@ private:
     int wire_vlan_ = 0; ///< VLAN of the tag, or the port's for untagged frames
     int vlan_ = 0;      ///< the same after translation
     const Vlan *vlan_record_ = nullptr;
-    int iif_ = 0; ///< L3 ingress object, 0 for none
+    int learned_gport_ = -1; ///< where the frame's source is, -1 when that isn't learned
+    int iif_ = 0;            ///< L3 ingress object, 0 for none
     InterfaceFrom from_ = InterfaceFrom::none;
     const L3Ingress *ingress_ = nullptr;
     const FoundStation *station_ = nullptr;

@@ -207,26 +207,24 @@ template <class Observer> void Run<Observer>::find_interface()
 template <class Observer> void Run<Observer>::learn()
 {
     // Where nothing is bridged, nobody asks where a station is.
-    if (has_own_interface() || port_ == CPU_PORT) {
+    const bool group_source = (frame_.source[0] & 1U) != 0;
+    if (has_own_interface() || port_ == CPU_PORT || group_source) {
         return;
     }
     const int gport = facts_->trunk >= 0 ? trunk_gport(facts_->trunk) : module_port(0, port_);
-    if constexpr (Observer::traces) {
+    learned_gport_ = gport;
+    tell([&] {
         const L2Entry *known = l2_.find(vlan_, frame_.source);
-        tell([&] {
-            return Line{Mark::none,
-                        Stage::learning,
-                        "l2",
-                        fmt::format("{}/{}", vlan_, text(frame_.source)),
-                        known == nullptr        ? "would be learned"
-                        : known->gport == gport ? "known"
-                        : known->is_static      ? "static elsewhere, stays there"
-                                                : "would move here",
-                        ""};
-        });
-    } else {
-        l2_.learn(vlan_, frame_.source, gport);
-    }
+        return Line{Mark::none,
+                    Stage::learning,
+                    "l2",
+                    fmt::format("{}/{}", vlan_, text(frame_.source)),
+                    known == nullptr        ? "would be learned"
+                    : known->gport == gport ? "known"
+                    : known->is_static      ? "static elsewhere, stays there"
+                                            : "would move here",
+                    ""};
+    });
 }
 
 } // namespace simswitch::chip::pipeline
