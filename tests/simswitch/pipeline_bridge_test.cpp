@@ -128,6 +128,28 @@ TEST_F(PipelineBridge, AStaticAddressOnAPortOutsideTheVlan)
     EXPECT_EQ(trace.nearest(), "port 9 is in VLAN 1");
 }
 
+TEST_F(PipelineBridge, AStaticAddressOfTheCpuOrBehindATrunkThatIsGone)
+{
+    pipeline.l2().add_static(100, OTHER_MAC, module_port(0, CPU_PORT));
+    EXPECT_EQ(from(5, HOST_MAC, OTHER_MAC), "TO CPU: its destination is a station of the CPU");
+    pipeline.l2().add_static(100, OTHER_MAC, trunk_gport(9));
+    EXPECT_EQ(from(5, HOST_MAC, OTHER_MAC),
+              "DROPPED: the trunk of the next hop doesn't exist or is empty");
+    EXPECT_EQ(trace.nearest(), "there is no trunk at all");
+    pipeline.l2().add_static(100, OTHER_MAC, module_port(0, 300));
+    EXPECT_EQ(from(5, HOST_MAC, OTHER_MAC), "DROPPED: no such port");
+}
+
+TEST_F(PipelineBridge, AFrameIsWrittenWhereItLeavesAndOnlyWhole)
+{
+    from(5, HOST_MAC, OTHER_MAC);
+    Bytes room(result.size_on(7) - 1);
+    EXPECT_EQ(result.write(7, room), 0U);
+    room.resize(room.size() + 1);
+    EXPECT_EQ(result.write(7, room), room.size());
+    EXPECT_EQ(result.write(5, room), 0U);
+}
+
 TEST_F(PipelineBridge, WhatTheCpuSendsIsBridgedAndNotSentBack)
 {
     EXPECT_EQ(from(0, ROUTER_MAC, BROADCAST),

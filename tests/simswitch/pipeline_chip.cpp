@@ -3,8 +3,6 @@
  */
 #include "pipeline_chip.h"
 
-#include <fmt/format.h>
-
 namespace simswitch::chip::pipeline
 {
 

@@ -8,6 +8,8 @@
 #include "outcome_matchers.h"
 #include "pipeline_frames.h"
 
+#include <fmt/format.h>
+
 namespace simswitch::chip::pipeline
 {
 

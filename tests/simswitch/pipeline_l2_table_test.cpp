@@ -4,6 +4,7 @@
 #include "chip/pipeline/l2_table.h"
 #include "outcome_matchers.h"
 
+#include <fmt/format.h>
 #include <random>
 
 namespace simswitch::chip::pipeline
@@ -92,6 +93,20 @@ TEST(PipelineL2, FlushOfOnePort)
     table.flush(5);
     EXPECT_EQ(table.find(100, FIRST), nullptr);
     EXPECT_NE(table.find(100, SECOND), nullptr);
+}
+
+TEST(PipelineL2, ListsInTheOrderOfVlanAndMac)
+{
+    L2Table table;
+    table.learn(101, FIRST, 7);
+    table.learn(100, SECOND, 6);
+    table.learn(100, FIRST, 5);
+    std::vector<std::string> lines;
+    for (const L2Entry &entry : table.all()) {
+        lines.push_back(fmt::format("{} {} {}", entry.vlan(), text(entry.mac()), entry.gport));
+    }
+    EXPECT_THAT(lines, testing::ElementsAre("100 00:00:00:00:00:01 5", "100 00:00:00:00:00:02 6",
+                                            "101 00:00:00:00:00:01 7"));
 }
 
 TEST(PipelineL2, ManyComingAndGoingAreAllFound)

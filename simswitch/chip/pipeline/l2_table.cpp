@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <bit>
 #include <fmt/format.h>
+#include <iterator>
 
 namespace simswitch::chip::pipeline
 {

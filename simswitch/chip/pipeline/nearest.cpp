@@ -5,6 +5,7 @@
 
 #include "chip/pipeline/route_index.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fmt/ranges.h>
 

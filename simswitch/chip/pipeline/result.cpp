@@ -46,6 +46,8 @@ const char *cpu_text(Reason reason)
         return "IGMP in a VLAN that snoops";
     case Reason::cpu_next_hop:
         return "its next hop is the CPU";
+    case Reason::cpu_address:
+        return "its destination is a station of the CPU";
     case Reason::cpu_member:
         return "the CPU is in its VLAN";
     case Reason::ttl_expired:

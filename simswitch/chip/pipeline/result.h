@@ -36,6 +36,7 @@ enum class Reason {
     broadcast,
     igmp,
     cpu_next_hop,
+    cpu_address,
     cpu_member,
     ttl_expired,
     mtu,

@@ -20,6 +20,9 @@
 #include "chip/pipeline/observer.h"
 #include "chip/pipeline/result.h"
 
+#include <algorithm>
+#include <bit>
+
 namespace simswitch::chip::pipeline
 {
 

@@ -133,7 +133,7 @@ template <class Observer> void Run<Observer>::send_to_known(const L2Entry &entry
     }
     const int port = to_trunk ? member_of_trunk(trunk) : entry.gport & GPORT_PORT_BITS;
     if (port == CPU_PORT) {
-        to_cpu(Reason::cpu_next_hop);
+        to_cpu(Reason::cpu_address);
         return;
     }
     if (!is_port(port)) {
