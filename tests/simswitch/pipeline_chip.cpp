@@ -54,7 +54,7 @@ void PipelineTest::routed_port(int port, int iif, const L3Ingress &ingress)
     off_flood_lists(port);
 }
 
-void PipelineTest::subinterface(int gport, std::vector<int> ports, int vlan, int iif)
+void PipelineTest::subinterface(int gport, const std::vector<int> &ports, int vlan, int iif)
 {
     interface(iif, vlan);
     if (chip.vlans.find(vlan) == nullptr) {

@@ -26,7 +26,7 @@ struct PipelineTest : testing::Test {
     /** A routed port; its L3 interface has ROUTER_MAC and an MTU of 1500. */
     void routed_port(int port, int iif, const L3Ingress &ingress = {.vrf = 1});
     /** A subinterface, keyed on a generic port; `ports` carry it. */
-    void subinterface(int gport, std::vector<int> ports, int vlan, int iif);
+    void subinterface(int gport, const std::vector<int> &ports, int vlan, int iif);
     /** A VLAN with its interface, its ports tagged. */
     void svi(int vlan, int iif, const PortSet &ports);
     /** A bridged VLAN. */

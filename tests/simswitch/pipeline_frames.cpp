@@ -83,7 +83,7 @@ void fix_checksum(Bytes &frame, std::size_t l3)
 {
     const std::span packet = std::span(frame).subspan(l3);
     write16(packet, 10, 0);
-    write16(packet, 10, checksum(packet.first((packet[0] & 0xfU) * 4U)));
+    write16(packet, 10, checksum(packet.first(std::size_t{4} * (packet[0] & 0xfU))));
 }
 
 } // namespace simswitch::chip::pipeline

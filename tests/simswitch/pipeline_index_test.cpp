@@ -7,8 +7,6 @@
 #include "outcome_matchers.h"
 #include "pipeline_frames.h"
 
-#include <random>
-
 namespace simswitch::chip::pipeline
 {
 
@@ -113,7 +111,7 @@ TEST_F(PipelineRoutes, AMaskWithAHoleNeverMatches)
 
 TEST_F(PipelineRoutes, RandomTablesAnswerAsAskingEveryRoute)
 {
-    std::mt19937 random(7);
+    Numbers random(7);
     for (int i = 0; i < 2000; ++i) {
         const auto length = random() % 33;
         const std::uint32_t mask = length == 0 ? 0 : ~0U << (32 - length);
@@ -148,7 +146,7 @@ TEST(PipelineStations, AnswersAsTheTable)
 {
     Stations stations(400);
     StationIndex index;
-    std::mt19937 random(3);
+    Numbers random(3);
     const auto mac = [&random] {
         return Mac{0, 0, 0, 0, 0, static_cast<std::uint8_t>(random() % 4)};
     };

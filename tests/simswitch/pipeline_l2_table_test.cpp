@@ -3,9 +3,9 @@
  */
 #include "chip/pipeline/l2_table.h"
 #include "outcome_matchers.h"
+#include "pipeline_frames.h"
 
 #include <fmt/format.h>
-#include <random>
 
 namespace simswitch::chip::pipeline
 {
@@ -113,7 +113,7 @@ TEST(PipelineL2, ManyComingAndGoingAreAllFound)
 {
     L2Table table(64);
     std::map<int, int> expected;
-    std::mt19937 random(11);
+    Numbers random(11);
     for (int i = 0; i < 20000; ++i) {
         const auto number = static_cast<int>(random() % 100);
         const Mac mac = {0, 0, 0, 0, 0, static_cast<std::uint8_t>(number)};

@@ -5,8 +5,6 @@
  */
 #include "pipeline_chip.h"
 
-#include <random>
-
 namespace simswitch::chip::pipeline
 {
 
@@ -126,7 +124,7 @@ struct PipelineRandom : PipelineTest {
             }
         }
     }
-    std::mt19937 random{42};
+    Numbers random{42};
 };
 
 } // namespace
