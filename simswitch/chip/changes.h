@@ -1,11 +1,13 @@
 /*
  * changes.h: which entries of a table were written, for who keeps a copy of
- * the chip elsewhere. Nothing is noted, and nothing costs anything, until
- * someone watches.
+ * the chip elsewhere. No key is noted until someone watches. How often a table
+ * was written is counted always: what is derived from it is made anew when the
+ * count has changed.
  */
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -21,6 +23,7 @@ public:
     /** Notes that an entry was put in, changed or taken out. */
     void note(const Key &key)
     {
+        ++generation_;
         if (any_ != nullptr) {
             keys_.push_back(key);
             *any_ = true;
@@ -36,9 +39,12 @@ public:
         return keys_;
     }
     void forget() { keys_.clear(); }
+    /** How many writes there were, watched or not. */
+    std::uint64_t generation() const { return generation_; }
 
 private:
     bool *any_ = nullptr;
+    std::uint64_t generation_ = 0;
     std::vector<Key> keys_;
 };
 

@@ -106,6 +106,8 @@ public:
     Outcome restore(int id, const FieldEntry &record);
     /** Which entries were written. */
     Changes<int> &changes() { return table_.changes(); }
+    /** Grows with each write. */
+    std::uint64_t generation() const { return table_.generation(); }
 
 private:
     void boot(int region_size);

@@ -76,6 +76,8 @@ public:
     Outcome restore(const RouteKey &id, const Route &record);
     /** Which entries were written. */
     Changes<RouteKey> &changes() { return changes_; }
+    /** Grows with each write. */
+    std::uint64_t generation() const { return changes_.generation(); }
 
 private:
     Outcome check(const Route &route) const;

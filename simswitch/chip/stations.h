@@ -80,6 +80,8 @@ public:
     Outcome restore(int id, const Station &record);
     /** Which entries were written. */
     Changes<int> &changes() { return table_.changes(); }
+    /** Grows with each write. */
+    std::uint64_t generation() const { return table_.generation(); }
 
 private:
     std::size_t limit_;

@@ -70,6 +70,7 @@ public:
 
     /** Which records were written. */
     Changes<int> &changes() { return changes_; }
+    std::uint64_t generation() const { return changes_.generation(); }
 
 private:
     std::unordered_map<int, Record> records_;

@@ -93,6 +93,8 @@ public:
     Outcome restore(int id, const Trunk &record) { return create(id, record); }
     /** Which entries were written. */
     Changes<int> &changes() { return table_.changes(); }
+    /** Grows with each write. */
+    std::uint64_t generation() const { return table_.generation(); }
 
 private:
     std::size_t limit_;
