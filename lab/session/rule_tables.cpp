@@ -43,6 +43,7 @@ constexpr std::array TABLE_KINDS = {
 std::string meaning_of(const std::set<int> &qualifiers)
 {
     std::vector<std::string> words;
+    words.reserve(qualifiers.size());
     for (const int qualifier : qualifiers) {
         words.push_back(qualifier == chip::QUALIFIER_IN_PORTS      ? "in-ports"
                         : qualifier == chip::QUALIFIER_L3_ROUTABLE ? "L3-routable"

@@ -23,7 +23,6 @@ using lab_test::source_path;
 using lab_test::without;
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 
 class RestartCommand : public testing::Test

@@ -16,9 +16,7 @@ namespace lab_test
 namespace
 {
 
-using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 
 using SessionField = ScriptTest;
 

@@ -24,7 +24,7 @@ using namespace member_port;
 class MemberPortFailure : public MemberPortTest
 {
 protected:
-    MemberPortFailure() : MemberPortTest() { group_was_up(); }
+    MemberPortFailure() { group_was_up(); }
 
     /** What a call has made and said up to a step that fails, the group being in force. */
     void expect_stop(int clear, const Calls &steps, const std::string &text)

@@ -44,7 +44,7 @@ Messages up_again_messages()
                               trace(ingress, "l3_if_index = 0x3 ipmc_intf_id = 0x3 iif = 0x3\n"));
     expected.insert(id + 1, {trace(ingress, "Get l3_iif for iif 3\n"),
                              trace(ingress, "ipmc_intf_id = 0 class 40 flags = 6\n")});
-    for (const std::size_t back : {2, 1}) {
+    for (const std::size_t back : {std::size_t{2}, std::size_t{1}}) {
         Message &dispatched = expected[expected.size() - back];
         dispatched =
             trace(dispatched.function, "\n" + dispatched.function + ": L3LIF: 0x30000064, 0, 0\n");

@@ -106,7 +106,7 @@ int run(const Share &share)
 } // namespace
 
 int main(int argc, char **argv)
-{
+try {
     Share share;
     CLI::App app("Kills a process at every moment of bringing a configuration up and down");
     app.add_option("config", share.config, "the configuration")->required();
@@ -118,10 +118,8 @@ int main(int argc, char **argv)
     app.add_option("--chip", share.chip)->check(CLI::IsMember({"trident", "trident2", "both"}));
     app.add_option("--direction", share.direction)->check(CLI::IsMember({"up", "down", "both"}));
     CLI11_PARSE(app, argc, argv);
-    try {
-        return run(share);
-    } catch (const std::exception &error) {
-        fmt::print(stderr, "kill_sweep: {}\n", error.what());
-        return 1;
-    }
+    return run(share);
+} catch (const std::exception &error) {
+    std::fprintf(stderr, "kill_sweep: %s\n", error.what());
+    return 1;
 }

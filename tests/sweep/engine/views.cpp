@@ -16,7 +16,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
+#include <charconv>
 #include <iterator>
 #include <map>
 #include <string>
@@ -66,7 +66,8 @@ void put_name(std::string &line, std::string_view words, const std::map<int, std
     if (end == begin) {
         return;
     }
-    const int iif = std::atoi(line.substr(begin, end - begin).c_str());
+    int iif = 0;
+    std::from_chars(line.data() + begin, line.data() + end, iif);
     if (iif == 0) {
         return;
     }
@@ -134,9 +135,8 @@ Lines chip_view(const simswitch::Switch &hardware, const lab::l3lif::Layer &laye
         if (line.starts_with("station ")) {
             line.erase(std::size("station") - 1, line.find(':') - (std::size("station") - 1));
         }
-        if (line.starts_with("VLAN ") && !line.starts_with("VLAN t")) {
-            add_parts(lines, line);
-        } else if (line.starts_with("port ") || line.starts_with("trunk ")) {
+        const bool is_vlan = line.starts_with("VLAN ") && !line.starts_with("VLAN t");
+        if (is_vlan || line.starts_with("port ") || line.starts_with("trunk ")) {
             add_parts(lines, line);
         } else {
             lines.push_back(line);
