@@ -5,6 +5,8 @@
 #include "chip/pipeline/flow_hash.h"
 #include "pipeline_frames.h"
 
+#include <gtest/gtest.h>
+
 namespace simswitch::chip::pipeline
 {
 

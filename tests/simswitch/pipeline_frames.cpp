@@ -3,6 +3,7 @@
  */
 #include "pipeline_frames.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <span>
 
