@@ -48,6 +48,7 @@ private:
     void take_over_from_chip();
     void take_over(Interface &interface, const HardwareView &view);
     void clear_orphans();
+    void clear_half_added_router_mac();
     void set_up_switch();
     void program_again(Interface &interface);
     void bring_interfaces_up();
@@ -164,9 +165,29 @@ void Completer::clear_orphans()
     }
 }
 
+/**
+ * A router MAC whose add was cut short: its station is there, and the CPU's port
+ * doesn't route yet. The add opens the port, so the station goes and comes again.
+ */
+void Completer::clear_half_added_router_mac()
+{
+    namespace chip = simswitch::chip;
+    const chip::Ports &ports = hardware_.chip.ports;
+    if (ports.control(chip::CPU_PORT, chip::PORT_CONTROL_IP4) != 0 &&
+        ports.control(chip::CPU_PORT, chip::PORT_CONTROL_IP6) != 0) {
+        return;
+    }
+    while (!layer_.router_macs().empty()) {
+        const int station = layer_.router_macs().begin()->first;
+        note(fmt::format("delete the router MAC at station {}, which was half added", station),
+             layer_.remove_router_mac(station));
+    }
+}
+
 /** Router MAC and VLANs. */
 void Completer::set_up_switch()
 {
+    clear_half_added_router_mac();
     if (layer_.router_macs().empty()) {
         const Request &request = layer_.add_router_mac(config_.device_mac);
         done_.requests.push_back(

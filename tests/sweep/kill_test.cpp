@@ -41,9 +41,11 @@ lab::config::Description example(const std::string &name)
 /** Calls that write what a restart starts from. */
 bool is_turning_point(std::string_view call)
 {
-    static constexpr std::array<std::string_view, 5> CALLS = {
+    static constexpr std::array<std::string_view, 7> CALLS = {
+        " bcm_l2_station_add(",         " bcm_port_control_set(0, 0, 8, ",
         " rtifhal_bcm_l3_intf_create(", " rtifhal_bcm_l3_intf_delete(",
-        " rtifhal_pss_l3port_store(", " rtifhal_pss_l3port_delete(", " fwmpd_pss_globalc_store("};
+        " rtifhal_pss_l3port_store(",   " rtifhal_pss_l3port_delete(",
+        " fwmpd_pss_globalc_store("};
     return std::ranges::any_of(
         CALLS, [call](std::string_view name) { return call.find(name) != std::string_view::npos; });
 }
