@@ -150,10 +150,7 @@ Table trunk_table(const Scene &scene)
                 {fmt::to_string(number), name, fmt::to_string(trunk.psc),
                  fmt::to_string(trunk.dynamic_size), hex(trunk.flags),
                  fmt::format("{}", fmt::join(members, ","))}};
-        if (!name.empty()) {
-            row.keys.push_back(name);
-        }
-        table.rows.push_back(std::move(row));
+        table.add(std::move(row), name);
     }
     return table;
 }
@@ -192,10 +189,7 @@ Table vlan_table(const Scene &scene)
                  hex(controls.flags), hex(controls.intf_class), fmt::to_string(controls.ingress_if),
                  port_list(vlan.blocks.known_multicast), port_list(vlan.blocks.unknown_multicast),
                  port_list(vlan.blocks.unknown_unicast), port_list(vlan.blocks.broadcast)}};
-        if (!name.empty()) {
-            row.keys.push_back(name);
-        }
-        table.rows.push_back(std::move(row));
+        table.add(std::move(row), name);
     }
     return table;
 }

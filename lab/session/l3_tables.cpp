@@ -143,10 +143,7 @@ Table ingress_table(const Scene &scene)
                 {fmt::to_string(iif), name, hex(object.flags), fmt::to_string(object.vrf),
                  fmt::to_string(object.urpf_mode), fmt::to_string(object.intf_class),
                  fmt::to_string(object.ipmc_intf), fmt::to_string(object.qos_map)}};
-        if (!name.empty()) {
-            row.keys.push_back(name);
-        }
-        table.rows.push_back(std::move(row));
+        table.add(std::move(row), name);
     }
     return table;
 }
@@ -173,10 +170,7 @@ Table egress_table(const Scene &scene)
                  fmt::to_string(object.vlan),
                  generic ? scene.gport_text(object.port) : scene.port_text(object.port),
                  Scene::name(scene.trunks, object.trunk), hex(object.flags)}};
-        if (!name.empty()) {
-            row.keys.push_back(name);
-        }
-        table.rows.push_back(std::move(row));
+        table.add(std::move(row), name);
     }
     return table;
 }

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace lab::session
@@ -47,6 +48,15 @@ struct Table {
     std::vector<const Row *> find(std::string_view key) const;
     /** Number of rows that are shown. */
     std::size_t count() const;
+
+    /** Adds a row that also goes by a name, unless that is empty. */
+    void add(Row row, const std::string &name)
+    {
+        if (!name.empty()) {
+            row.keys.push_back(name);
+        }
+        rows.push_back(std::move(row));
+    }
 };
 
 /** The columns of a terminal, or 0 for an output that has none. */
