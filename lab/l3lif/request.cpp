@@ -102,6 +102,8 @@ Request make_request(simswitch::Switch &hardware, const std::string &name,
                      const std::function<int()> &work)
 {
     Request request;
+    // What still waits in the queue at the end is this request's too.
+    const simswitch::chip::Authors::Scope author(hardware.chip.authors, name);
     hardware.trace.clear();
     hardware.journal.begin_request(name);
     const std::size_t first = hardware.journal.records().size();

@@ -10,6 +10,36 @@
 namespace simswitch::chip
 {
 
+namespace
+{
+
+// The id of an entry as a trace's line has it.
+
+std::string id_text(int id)
+{
+    return std::to_string(id);
+}
+
+template <class Key> std::string id_text(const Key &key)
+{
+    return text(key);
+}
+
+} // namespace
+
+void Chip::track_authors()
+{
+    for_each_table([this](const char *name, auto &table) {
+        table.changes().listen([this, name](const auto &key, Write write) {
+            if (write == Write::put) {
+                authors.wrote(name, id_text(key));
+            } else {
+                authors.ended(name, id_text(key));
+            }
+        });
+    });
+}
+
 Outcome Chip::check() const
 {
     if (stgs.find(DEFAULT_STG) == nullptr) {
@@ -39,6 +69,7 @@ void Chip::power_cycle()
     refill(vlans, fresh.vlans);
     refill(field_groups, fresh.field_groups);
     refill(field_entries, fresh.field_entries);
+    authors.clear();
 }
 
 } // namespace simswitch::chip

@@ -15,6 +15,7 @@
  */
 #pragma once
 
+#include "chip/authors.h"
 #include "chip/egresses.h"
 #include "chip/field_entries.h"
 #include "chip/field_groups.h"
@@ -61,6 +62,8 @@ private:
     Limits limits_;
 
 public:
+    /** Whose requests put what there; nothing is noted before track_authors(). */
+    Authors authors;
     Stations stations{limits_.stations};
     L3Interfaces l3_interfaces{limits_.l3_interfaces};
     L3Ingresses l3_ingresses{limits_.l3_ingresses};
@@ -102,9 +105,12 @@ public:
         visit("tunnel", tunnels);
         visit("vxlan_port", vxlan_ports);
     }
+    /** From now on `authors` knows who writes. What was written before has no author. */
+    void track_authors();
     /** What the tables' own checks can't see: -7 for a VLAN in a group that doesn't exist. */
     Outcome check() const;
-    /** Puts everything back to what it is after power-on, but for the count of writes. */
+    /** Puts everything back to what it is after power-on, but for the count of writes. Nobody is
+     * the author of what is there then. */
     void power_cycle();
 
     /** Number of writes that the chip has taken since power-on; who writes counts. */

@@ -102,7 +102,7 @@ Outcome Routes::create(const RouteKey &key, const Route &route)
 
 Outcome Routes::remove(const RouteKey &key)
 {
-    changes_.note(key);
+    changes_.note_end(key);
     if (table_.erase(key) == 0) {
         return {ERROR_NOT_FOUND, fmt::format("route {} does not exist", text(key))};
     }
@@ -143,7 +143,7 @@ Outcome Routes::check(const Route &route) const
 void Routes::clear()
 {
     for (const auto &[key, record] : table_) {
-        changes_.note(key);
+        changes_.note_end(key);
     }
     table_.clear();
 }

@@ -46,7 +46,7 @@ const int *SwitchControls::find(int control) const
 void SwitchControls::clear()
 {
     for (const auto &[control, value] : values_) {
-        changes_.note(control);
+        changes_.note_end(control);
     }
     values_.clear();
 }

@@ -47,14 +47,14 @@ public:
     /** Takes a record out; false when there was none. */
     bool erase(int id)
     {
-        changes_.note(id);
+        changes_.note_end(id);
         return records_.erase(id) != 0;
     }
     /** Takes all records out. */
     void clear()
     {
         for (const auto &[id, record] : records_) {
-            changes_.note(id);
+            changes_.note_end(id);
         }
         records_.clear();
     }

@@ -75,7 +75,7 @@ Outcome VlanTranslations::remove(const TranslationKey &key)
     if (it == table_.end()) {
         return unknown_translation(key);
     }
-    changes_.note(it->first);
+    changes_.note_end(it->first);
     table_.erase(it);
     return {};
 }
@@ -111,7 +111,7 @@ VlanTranslations::Map::const_iterator VlanTranslations::locate(const Translation
 void VlanTranslations::clear()
 {
     for (const auto &[key, record] : table_) {
-        changes_.note(key);
+        changes_.note_end(key);
     }
     table_.clear();
 }

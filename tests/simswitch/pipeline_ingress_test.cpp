@@ -13,6 +13,7 @@ TEST_F(PipelineIngress, WhatIsNoFrameOrComesFromNoPort)
 {
     EXPECT_EQ(send(5, Bytes(13)), "DROPPED: too short to be a frame");
     EXPECT_EQ(send(5, Bytes(FRAME_MAX + 1)), "DROPPED: longer than any frame");
+    EXPECT_EQ(line(Stage::frame), "MISS   9601 bytes, at most 9600");
     EXPECT_EQ(send(256, ip_frame()), "DROPPED: no such port");
     EXPECT_EQ(send(-1, ip_frame()), "DROPPED: no such port");
     EXPECT_EQ(send(5, Bytes{}), "DROPPED: too short to be a frame");
@@ -131,6 +132,27 @@ TEST_F(PipelineIngress, ASubinterfaceIsFoundByItsTag)
                                             text(TranslationKey{module_port(0, 5), 8, 100, 65535}) +
                                             " VLAN 4094, ingress interface 8");
     EXPECT_THAT(line(Stage::interface), testing::StartsWith("HIT l3_ingress 8 by the translation"));
+}
+
+TEST_F(PipelineIngress, TheResultTellsObjectAndVlanWhateverBecomesOfTheFrame)
+{
+    const auto given = [this](int port, const Bytes &frame) {
+        const std::string verdict = send(port, frame);
+        return fmt::format("{} {} {}", verdict.substr(0, verdict.find(':')), result.ingress,
+                           result.ingress_vlan);
+    };
+    router_mac();
+    routed_port(5, 7);
+    subinterface(module_port(0, 5), {5}, 100, 9);
+    svi(200, 12, {0, 10, 11});
+    route("10.9.0.0/16", next_hop(7, 5));
+    EXPECT_EQ(given(5, plain_frame(TYPE_ARP, {.to = BROADCAST})), "TO CPU 7 4094");
+    EXPECT_EQ(given(5, ip_frame({.tags = {100}})), "SENT port 5 untagged 9 4094");
+    EXPECT_EQ(given(5, ip_frame({.destination = "10.8.0.1"})), "DROPPED 7 4094");
+    EXPECT_EQ(given(10, plain_frame(TYPE_ARP, {.to = BROADCAST, .tags = {200}})),
+              "SENT port 11 tagged 200 12 200");
+    EXPECT_EQ(given(6, ip_frame()), "SENT ports 1-5,7-104 untagged 0 1");
+    EXPECT_EQ(given(6, ip_frame({.tags = {300}})), "DROPPED 0 0");
 }
 
 TEST_F(PipelineIngress, ATagWithoutTranslationIsDroppedWhereThePortSaysSo)

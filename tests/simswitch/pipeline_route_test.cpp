@@ -126,10 +126,18 @@ TEST_F(PipelineRouting, TheCpusPortIsSwitchedByItsControlsInEveryVlan)
     EXPECT_EQ(send(0, frame), SENT_6);
 }
 
-TEST_F(PipelineRouting, ATridentHasNoIngressFlags)
+TEST_F(PipelineRouting, ADisabledInterfaceOfATridentRoutesNothing)
 {
+    route("2001:db8:9::/48", egress);
+    const Bytes six = ip_frame({.source = "2001:db8:1::2", .destination = "2001:db8:9::1"});
     chip.l3_ingresses.set(7, {.flags = 0x5e2, .vrf = 1});
+    EXPECT_EQ(send(5, ip_frame()), "DROPPED: not routable: routing of its kind is off");
+    EXPECT_EQ(line(Stage::family), "MISS l3_ingress 7 IPv4 is off by flag 0x20");
+    EXPECT_EQ(send(5, six), "DROPPED: not routable: routing of its kind is off");
+    EXPECT_EQ(line(Stage::family), "MISS l3_ingress 7 IPv6 is off by flag 0x80");
+    chip.l3_ingresses.set(7, {.flags = 0x6, .vrf = 1});
     EXPECT_EQ(send(5, ip_frame()), SENT_6);
+    EXPECT_EQ(send(5, six), SENT_6);
 }
 
 TEST_F(PipelineRouting2, IngressFlagsSwitchTheFamiliesOfATrident2)
@@ -260,11 +268,14 @@ TEST_F(PipelineRouting, ANextHopAtTheCpu)
               "TO CPU: its next hop is the CPU");
 }
 
-TEST_F(PipelineRouting, ATunnelsInterfaceIsTheCpus)
+TEST_F(PipelineRouting, ABlackHoleDropsWhatAShorterPrefixWouldForward)
 {
-    chip.tunnels.create(8, {.index = 1, .source_ip = 1, .dest_ip = 2});
-    EXPECT_EQ(send(5, ip_frame()),
-              "TO CPU: its L3 interface has a tunnel initiator, and tunnels are the CPU's here");
+    int hole = 0;
+    chip.egresses.create({.interface = 0, .port = -1}, hole);
+    route("10.9.1.0/24", hole);
+    EXPECT_EQ(send(5, ip_frame({.destination = "10.9.1.7"})), "DROPPED: its route is a black hole");
+    EXPECT_EQ(trace.nearest(), "");
+    EXPECT_EQ(send(5, ip_frame({.destination = "10.9.2.7"})), SENT_6);
 }
 
 TEST_F(PipelineRouting, OutOfASubinterfaceWithItsTag)

@@ -12,7 +12,6 @@ namespace simswitch::chip::pipeline
 namespace
 {
 
-constexpr std::size_t IP4_HEADER = 20;
 constexpr std::size_t IP6_HEADER = 40;
 
 void read_l4(Frame &frame, std::size_t at, std::size_t end)
@@ -218,6 +217,27 @@ void decrement_ttl(std::span<std::uint8_t> packet)
     sum = (sum & 0xffffU) + (sum >> 16);
     sum = (sum & 0xffffU) + (sum >> 16);
     write16(packet, 10, static_cast<std::uint16_t>(~sum));
+}
+
+void write_outer_ip4(std::span<std::uint8_t> out, std::span<const std::uint8_t> packet,
+                     std::uint32_t from, std::uint32_t to)
+{
+    constexpr std::uint16_t DONT_FRAGMENT = 0x4000;
+    constexpr std::uint8_t TTL = 64;
+    const bool ip6 = packet[0] >> 4 == 6;
+    out[0] = 0x45;
+    out[1] = ip6 ? static_cast<std::uint8_t>(packet[0] << 4 | packet[1] >> 4) : packet[1];
+    write16(out, 2, static_cast<std::uint16_t>(IP4_HEADER + packet.size()));
+    write16(out, 4, 0);
+    write16(out, 6, DONT_FRAGMENT);
+    out[8] = TTL;
+    out[9] = ip6 ? PROTOCOL_IP6 : PROTOCOL_IP4;
+    write16(out, 10, 0);
+    write16(out, 12, static_cast<std::uint16_t>(from >> 16));
+    write16(out, 14, static_cast<std::uint16_t>(from));
+    write16(out, 16, static_cast<std::uint16_t>(to >> 16));
+    write16(out, 18, static_cast<std::uint16_t>(to));
+    write16(out, 10, checksum(out.first(IP4_HEADER)));
 }
 
 std::uint16_t checksum(std::span<const std::uint8_t> bytes)

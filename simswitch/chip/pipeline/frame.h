@@ -19,6 +19,7 @@ namespace simswitch::chip::pipeline
 inline constexpr std::size_t ETHERNET_HEADER = 14; ///< two MACs and a type
 inline constexpr std::size_t TAG_SIZE = 4;         ///< an 802.1Q tag
 inline constexpr std::size_t FRAME_MAX = 9600;     ///< longest frame, in bytes, without FCS
+inline constexpr std::size_t IP4_HEADER = 20;      ///< an IPv4 header without options
 inline constexpr std::uint16_t VLAN_MASK = 0xfff;  ///< the VLAN of a tag's 16 bits
 
 inline constexpr std::uint16_t TYPE_IP4 = 0x0800;
@@ -29,8 +30,10 @@ inline constexpr std::uint16_t TYPE_MPLS = 0x8847;
 inline constexpr std::uint16_t TYPE_MPLS_MULTICAST = 0x8848;
 
 inline constexpr std::uint8_t PROTOCOL_IGMP = 2;
+inline constexpr std::uint8_t PROTOCOL_IP4 = 4; ///< IPv4 in IP
 inline constexpr std::uint8_t PROTOCOL_TCP = 6;
 inline constexpr std::uint8_t PROTOCOL_UDP = 17;
+inline constexpr std::uint8_t PROTOCOL_IP6 = 41; ///< IPv6 in IP
 inline constexpr std::uint8_t PROTOCOL_ICMP6 = 58;
 
 using chip::text;
@@ -102,6 +105,18 @@ const char *not_unicast(const Frame &frame);
  * @param packet  the packet from its IP header on, which parse found good
  */
 void decrement_ttl(std::span<std::uint8_t> packet);
+
+/**
+ * Writes the IPv4 header that a tunnel puts before a packet: its TOS or traffic
+ * class, not to be fragmented, TTL 64.
+ *
+ * @param out     room for the 20 bytes of the header
+ * @param packet  the packet from its own IP header on, to the last byte that it has
+ * @param from    source address, host order
+ * @param to      destination address, host order
+ */
+void write_outer_ip4(std::span<std::uint8_t> out, std::span<const std::uint8_t> packet,
+                     std::uint32_t from, std::uint32_t to);
 
 /** The Internet checksum of bytes, as it stands in a header; 0 over a header that has it. */
 std::uint16_t checksum(std::span<const std::uint8_t> bytes);

@@ -30,9 +30,13 @@ inline constexpr std::uint32_t VLAN_IP6_OFF = 0x10;
 inline constexpr std::uint32_t VLAN_MPLS_OFF = 0x200;
 inline constexpr std::uint32_t VLAN_IGMP_SNOOP_OFF = 0x800;
 
-// Flags of an L3 ingress object, which a Trident doesn't have.
+// Flags of an L3 ingress object.
 inline constexpr std::uint32_t INGRESS_IP4_OFF = 0x20;
 inline constexpr std::uint32_t INGRESS_IP6_OFF = 0x80;
+
+// An egress object of this L3 interface and port is a black hole.
+inline constexpr int HOLE_INTERFACE = 0;
+inline constexpr int HOLE_PORT = -1;
 
 // Reverse-path modes of an L3 ingress object; 2 is strict.
 inline constexpr int REVERSE_PATH_OFF = 0;

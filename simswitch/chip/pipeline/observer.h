@@ -30,6 +30,7 @@ enum class Stage {
     multipath,
     egress,
     l3_interface,
+    tunnel,
     trunk,
     leave,
     bridge,

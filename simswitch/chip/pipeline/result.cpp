@@ -54,8 +54,6 @@ const char *cpu_text(Reason reason)
         return "its TTL ends here";
     case Reason::mtu:
         return "longer than the MTU of the L3 interface";
-    case Reason::tunnel:
-        return "its L3 interface has a tunnel initiator, and tunnels are the CPU's here";
     default:
         return nullptr;
     }
@@ -120,8 +118,12 @@ const char *egress_text(Reason reason)
         return "the route's multipath group doesn't exist";
     case Reason::no_egress:
         return "the egress object doesn't exist";
+    case Reason::black_hole:
+        return "its route is a black hole";
     case Reason::no_l3_interface:
         return "the L3 interface of the egress object doesn't exist";
+    case Reason::no_tunnel:
+        return "the tunnel initiator of the L3 interface doesn't exist";
     case Reason::ttl_low:
         return "its TTL is below the L3 interface's lowest";
     case Reason::no_trunk:
@@ -163,9 +165,13 @@ void Result::clear()
     cpu_reason = Reason::none;
     tagged = {};
     untagged = {};
+    ingress = 0;
+    ingress_vlan = 0;
+    egress = 0;
     vlan = 0;
     priority = 0;
     size = 0;
+    outer = 0;
 }
 
 std::size_t Result::size_on(int port) const

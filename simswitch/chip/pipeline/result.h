@@ -40,7 +40,6 @@ enum class Reason {
     cpu_member,
     ttl_expired,
     mtu,
-    tunnel,
     // It was dropped on its way in.
     bad_frame,
     too_long,
@@ -68,7 +67,9 @@ enum class Reason {
     no_route,
     no_group,
     no_egress,
+    black_hole,
     no_l3_interface,
+    no_tunnel,
     ttl_low,
     no_trunk,
     no_trunk_port,
@@ -85,14 +86,18 @@ const char *text(Reason reason);
 /** What became of a frame. */
 struct Result {
     Verdict verdict = Verdict::dropped;
-    Reason reason = Reason::none;              ///< why
-    bool cpu = false;                          ///< the CPU got the frame as it came in
-    Reason cpu_reason = Reason::none;          ///< why it did
-    PortSet tagged{};                          ///< ports on which it left with a tag
-    PortSet untagged{};                        ///< ports on which it left without one
-    std::uint16_t vlan = 0;                    ///< VLAN in which it left
-    std::uint16_t priority = 0;                ///< upper four bits of its tag
-    std::size_t size = 0;                      ///< bytes of the untagged form
+    Reason reason = Reason::none;     ///< why
+    bool cpu = false;                 ///< the CPU got the frame as it came in
+    Reason cpu_reason = Reason::none; ///< why it did
+    PortSet tagged{};                 ///< ports on which it left with a tag
+    PortSet untagged{};               ///< ports on which it left without one
+    int ingress = 0;                  ///< ingress object that it was given, 0 for none
+    std::uint16_t ingress_vlan = 0;   ///< VLAN it was in, after translation; 0 for none
+    int egress = 0;                   ///< L3 interface that it came to, 0 for none
+    std::uint16_t vlan = 0;           ///< VLAN in which it left
+    std::uint16_t priority = 0;       ///< upper four bits of its tag
+    std::size_t size = 0;             ///< bytes of the untagged form
+    std::size_t outer = 0; ///< bytes of the IP header that a tunnel put before the packet, or 0
     std::array<std::uint8_t, FRAME_MAX> bytes; ///< the untagged form; not set until a frame left
 
     // The bytes are left as they are: clearing them would cost more than a frame.

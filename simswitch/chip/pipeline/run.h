@@ -88,6 +88,7 @@ private:
     void send_to(int egress_id);
     const L3Interface *pass_l3_interface(const Egress &egress);
     int port_of(const Egress &egress);
+    bool enter_tunnel(int id, const L3Interface &interface);
     void store_routed(const Mac &to, const Mac &from);
 
     // run_bridge.h
@@ -151,6 +152,7 @@ private:
     InterfaceFrom from_ = InterfaceFrom::none;
     const L3Ingress *ingress_ = nullptr;
     const FoundStation *station_ = nullptr;
+    const Tunnel *tunnel_ = nullptr;    ///< what the packet leaves through, null for none
     const PortSet *redirect_ = nullptr; ///< ports of the field entry that redirects
 };
 

@@ -47,8 +47,7 @@ template <class Observer> Reason Run<Observer>::why_family_is_off()
     const bool ip6 = frame_.is_ip6();
     const bool by_port = port_controls_count() && !(ip6 ? facts_->ip6 : facts_->ip4);
     const bool by_vlan = (vlan_record_->controls.flags & (ip6 ? VLAN_IP6_OFF : VLAN_IP4_OFF)) != 0;
-    const bool by_interface = chip_.kind() == Kind::trident2 &&
-                              (ingress_->flags & (ip6 ? INGRESS_IP6_OFF : INGRESS_IP4_OFF)) != 0;
+    const bool by_interface = (ingress_->flags & (ip6 ? INGRESS_IP6_OFF : INGRESS_IP4_OFF)) != 0;
     const bool off = by_port || by_vlan || by_interface;
     tell([&] {
         const char *family = text(frame_.payload);

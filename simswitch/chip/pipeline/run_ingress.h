@@ -11,6 +11,14 @@ namespace simswitch::chip::pipeline
 template <class Observer> bool Run<Observer>::receive(int port, std::span<const std::uint8_t> bytes)
 {
     if (bytes.size() > FRAME_MAX) {
+        tell([&] {
+            return Line{Mark::miss,
+                        Stage::frame,
+                        "",
+                        "",
+                        fmt::format("{} bytes, at most {}", bytes.size(), FRAME_MAX),
+                        ""};
+        });
         return drop(Reason::too_long);
     }
     const bool good = parse(bytes, frame_);
@@ -131,6 +139,7 @@ template <class Observer> bool Run<Observer>::enter_vlan()
     if (!there) {
         return drop(Reason::no_vlan);
     }
+    result_.ingress_vlan = static_cast<std::uint16_t>(vlan_);
     return member || drop(Reason::not_a_member);
 }
 
@@ -201,6 +210,8 @@ template <class Observer> void Run<Observer>::find_interface()
     });
     if (ingress_ == nullptr) {
         from_ = InterfaceFrom::none;
+    } else {
+        result_.ingress = iif_;
     }
 }
 

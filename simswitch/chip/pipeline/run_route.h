@@ -117,6 +117,35 @@ template <class Observer> int Run<Observer>::port_of(const Egress &egress)
                                                         : egress.port;
 }
 
+/** False when the packet leaves through a tunnel and can't: then it is its end. */
+template <class Observer> bool Run<Observer>::enter_tunnel(int id, const L3Interface &interface)
+{
+    if (interface.tunnel == 0) {
+        return true;
+    }
+    tunnel_ = chip_.tunnels.find(id);
+    const bool fits =
+        tunnel_ == nullptr || ETHERNET_HEADER + IP4_HEADER + frame_.l3_length <= FRAME_MAX;
+    tell([&] {
+        if (tunnel_ == nullptr) {
+            return Line{Mark::miss,       Stage::tunnel,
+                        "tunnel",         std::to_string(id),
+                        "does not exist", nearest_id("tunnel of L3 interface", chip_.tunnels, id)};
+        }
+        return Line{fits ? Mark::hit : Mark::miss,
+                    Stage::tunnel,
+                    "tunnel",
+                    std::to_string(id),
+                    fmt::format("{}, {} in IPv4{}", text(*tunnel_), text(frame_.payload),
+                                fits ? "" : "; too long for a frame"),
+                    ""};
+    });
+    if (tunnel_ == nullptr) {
+        return drop(Reason::no_tunnel);
+    }
+    return fits || to_cpu(Reason::mtu);
+}
+
 /** The L3 interface of a next hop when the packet may pass it, else null and the frame's end. */
 template <class Observer> const L3Interface *Run<Observer>::pass_l3_interface(const Egress &egress)
 {
@@ -133,6 +162,7 @@ template <class Observer> const L3Interface *Run<Observer>::pass_l3_interface(co
         drop(Reason::no_l3_interface);
         return nullptr;
     }
+    result_.egress = egress.interface;
     Reason reason = Reason::none;
     if (frame_.ttl <= 1) {
         reason = Reason::ttl_expired;
@@ -140,8 +170,6 @@ template <class Observer> const L3Interface *Run<Observer>::pass_l3_interface(co
         reason = Reason::ttl_low;
     } else if (interface->mtu != 0 && frame_.l3_length > static_cast<std::size_t>(interface->mtu)) {
         reason = Reason::mtu;
-    } else if (interface->tunnel != 0) {
-        reason = Reason::tunnel;
     }
     tell([&] {
         return Line{reason == Reason::none ? Mark::hit : Mark::miss,
@@ -178,13 +206,17 @@ template <class Observer> void Run<Observer>::send_to(int egress_id)
         drop(Reason::no_egress);
         return;
     }
+    if (egress->interface == HOLE_INTERFACE && egress->port == HOLE_PORT && egress->trunk == 0) {
+        drop(Reason::black_hole);
+        return;
+    }
     if (egress->trunk == 0 &&
         (egress->port == CPU_PORT || egress->port == module_port(0, CPU_PORT))) {
         to_cpu(Reason::cpu_next_hop);
         return;
     }
     const L3Interface *interface = pass_l3_interface(*egress);
-    if (interface == nullptr) {
+    if (interface == nullptr || !enter_tunnel(egress->interface, *interface)) {
         return;
     }
     const int port = port_of(*egress);
@@ -215,13 +247,21 @@ template <class Observer> void Run<Observer>::send_to(int egress_id)
 
 template <class Observer> void Run<Observer>::store_routed(const Mac &to, const Mac &from)
 {
-    const auto packet = frame_.bytes.subspan(frame_.l3);
+    // What fills a short frame up stays outside a tunnel.
+    const auto packet = tunnel_ != nullptr ? frame_.bytes.subspan(frame_.l3, frame_.l3_length)
+                                           : frame_.bytes.subspan(frame_.l3);
+    result_.outer = tunnel_ != nullptr ? IP4_HEADER : 0;
     auto at = std::copy(to.begin(), to.end(), result_.bytes.begin());
     std::copy(from.begin(), from.end(), at);
-    write16(result_.bytes, ETHERNET_HEADER - 2, frame_.type);
-    std::copy(packet.begin(), packet.end(), result_.bytes.begin() + ETHERNET_HEADER);
-    decrement_ttl(std::span(result_.bytes).subspan(ETHERNET_HEADER));
-    result_.size = ETHERNET_HEADER + packet.size();
+    write16(result_.bytes, ETHERNET_HEADER - 2, tunnel_ != nullptr ? TYPE_IP4 : frame_.type);
+    const auto room = std::span(result_.bytes).subspan(ETHERNET_HEADER);
+    const auto stored = room.subspan(result_.outer, packet.size());
+    std::copy(packet.begin(), packet.end(), stored.begin());
+    decrement_ttl(stored);
+    if (tunnel_ != nullptr) {
+        write_outer_ip4(room, stored, tunnel_->source_ip, tunnel_->dest_ip);
+    }
+    result_.size = ETHERNET_HEADER + result_.outer + packet.size();
 }
 
 } // namespace simswitch::chip::pipeline

@@ -43,6 +43,36 @@ std::vector<Change> differences(const Frame &in, const Frame &out)
     return changes;
 }
 
+/** What a tunnel put before the packet. */
+void add_outer(const Frame &out, std::vector<Change> &changes)
+{
+    changes.push_back({"outer source", "none", address_text(false, out.from)});
+    changes.push_back({"outer destination", "none", address_text(false, out.to)});
+    changes.push_back({"outer protocol", "none", std::to_string(out.protocol)});
+}
+
+/** What the way out to a port changed. */
+std::vector<Change> changes_on(int port, const Frame &in, const Result &result)
+{
+    std::vector<std::uint8_t> bytes(result.size_on(port));
+    result.write(port, bytes);
+    Frame out;
+    parse(bytes, out);
+    if (result.outer == 0) {
+        return differences(in, out);
+    }
+    // The packet in the tunnel is compared with the one that came in.
+    std::vector<std::uint8_t> inner = bytes;
+    const auto packet = inner.begin() + static_cast<std::ptrdiff_t>(out.l3);
+    inner.erase(packet, packet + static_cast<std::ptrdiff_t>(result.outer));
+    write16(inner, out.l3 - 2, in.type);
+    Frame carried;
+    parse(inner, carried);
+    std::vector<Change> changes = differences(in, carried);
+    add_outer(out, changes);
+    return changes;
+}
+
 int first_port(const Result &result)
 {
     int port = 0;
@@ -76,26 +106,21 @@ std::string sent_text(const Result &result)
 
 const char *text(Stage stage)
 {
-    constexpr std::array<const char *, 19> NAMES = {
+    constexpr std::array<const char *, 20> NAMES = {
         "frame",    "port",      "VLAN translation", "VLAN",         "spanning tree", "interface",
         "learning", "station",   "family",           "reverse path", "trap",          "field",
-        "route",    "multipath", "egress",           "L3 interface", "trunk",         "leave",
-        "bridge"};
+        "route",    "multipath", "egress",           "L3 interface", "tunnel",        "trunk",
+        "leave",    "bridge"};
     return NAMES.at(static_cast<std::size_t>(stage));
 }
 
 void Trace::end(const Frame &frame, const Result &result)
 {
     switch (result.verdict) {
-    case Verdict::sent: {
+    case Verdict::sent:
         verdict_ = sent_text(result);
-        std::vector<std::uint8_t> bytes(result.size + TAG_SIZE);
-        bytes.resize(result.write(first_port(result), bytes));
-        Frame out;
-        parse(bytes, out);
-        changes_ = differences(frame, out);
+        changes_ = changes_on(first_port(result), frame, result);
         break;
-    }
     case Verdict::to_cpu:
         verdict_ = fmt::format("TO CPU: {}", pipeline::text(result.reason));
         break;
