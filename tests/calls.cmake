@@ -23,9 +23,10 @@ foreach(number RANGE 1 ${RTIFHAL_TEST_SHARDS})
 endforeach()
 file(MAKE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/calls)
 
-# An optimised program has functions inlined: such runs see less than the page has.
+# An optimised program has functions inlined, and under sanitizers the way through
+# them looks different: such runs may see less than the page has.
 set(CALLS_VERB check)
-if(CMAKE_BUILD_TYPE STREQUAL Debug)
+if(CMAKE_BUILD_TYPE STREQUAL Debug AND NOT RTIFHAL_SANITIZE)
   set(CALLS_VERB exact)
 endif()
 add_test(NAME docs.calls

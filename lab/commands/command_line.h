@@ -4,6 +4,7 @@
  */
 #pragma once
 
+#include <cstddef>
 #include <iosfwd>
 
 namespace lab::commands
@@ -18,7 +19,8 @@ inline constexpr int EXIT_USAGE = 2; ///< the command line makes no sense
 struct Terminal {
     std::ostream &out;
     std::ostream &err;
-    bool colour = false; ///< `out` is a terminal that wants colours
+    bool colour = false;   ///< `out` is a terminal that wants colours
+    std::size_t width = 0; ///< columns of the terminal that `out` is; 0 for none
 };
 
 /** Runs rtif with the arguments of main; returns the exit code. */

@@ -11,6 +11,7 @@
 #include "config/default_route_writer.h"
 #include "config/json_tree.h"
 #include "config/reader.h"
+#include "config/shown.h"
 #include "l3lif/plans.h"
 #include "report/text.h"
 #include "report/text_table.h"
@@ -141,7 +142,7 @@ void add_route(report::TextTable &table, std::size_t number, const def_route_rec
 void print_table(const std::string &file, const config::DefaultRoutes &routes,
                  const config::RouteNames &names, std::ostream &out)
 {
-    fmt::print(out, "{}: {}\n", file, summary(routes));
+    fmt::print(out, "{}: {}\n", config::harmless(file), summary(routes));
     if (routes.empty()) {
         return;
     }
@@ -188,7 +189,7 @@ void write(const DefaultRoutesOptions &options, const config::RouteNames &names,
     }
     const std::string bytes = config::default_route_bytes(routes);
     config::put_in_place(options.out, bytes, options.force);
-    fmt::print(out, "{}: {}, {}\n", options.out, summary(routes),
+    fmt::print(out, "{}: {}, {}\n", config::harmless(options.out), summary(routes),
                report::counted(bytes.size(), "byte"));
 }
 

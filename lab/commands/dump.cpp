@@ -57,7 +57,7 @@ void print_json(const DumpOptions &options, const l3lif::Dump &dump, const std::
                          {"code", dump.request.code},
                          {"lines", std::move(lines)},
                          {"errors", std::move(errors)}};
-    out << object.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    out << object.dump(2, ' ', true, Json::error_handler_t::replace) << '\n';
 }
 
 /** Prints a dump as the diagnostic command has it. */

@@ -3,6 +3,7 @@
  */
 #include "commands/run.h"
 
+#include "config/shown.h"
 #include "session/errors.h"
 #include "session/line_reader.h"
 #include "session/session.h"
@@ -85,6 +86,9 @@ private:
     bool step(const session::Line &line)
     {
         try {
+            if (line.is_beyond) {
+                throw session::UsageError(std::string(session::SCRIPT_TOO_LONG));
+            }
             const session::Outcome outcome = session_.execute(line.text);
             keep_book(line, outcome);
             tell(line, outcome);
@@ -145,8 +149,8 @@ private:
         tell_refusal();
         code_ = code;
         terminal_.out << std::flush;
-        fmt::print(terminal_.err, "{}:{}: {}\n    {}\n", name_, line.number,
-                   as_told_if_possible(line.text), why);
+        fmt::print(terminal_.err, "{}:{}: {}\n    {}\n", config::harmless(name_), line.number,
+                   as_told_if_possible(line.text), config::harmless_lines(why));
     }
 
     session::Session &session_;

@@ -4,6 +4,7 @@
 #include "commands/shell.h"
 
 #include "commands/line_editor.h"
+#include "config/shown.h"
 #include "session/complete.h"
 #include "session/errors.h"
 #include "session/line_reader.h"
@@ -36,9 +37,10 @@ bool step(session::Session &session, std::string_view line, const Terminal &term
         terminal.out << outcome.shown << std::flush;
         return !outcome.quit;
     } catch (const session::Unmet &unmet) {
-        fmt::print(terminal.err, "{}\nseen     {}\n", unmet.what(), unmet.seen());
+        fmt::print(terminal.err, "{}\nseen     {}\n", config::harmless_lines(unmet.what()),
+                   config::harmless_lines(unmet.seen()));
     } catch (const std::exception &error) {
-        fmt::print(terminal.err, "{}\n", error.what());
+        fmt::print(terminal.err, "{}\n", config::harmless_lines(error.what()));
     }
     return true;
 }
@@ -47,6 +49,10 @@ void run_plain(session::Session &session, const Terminal &terminal)
 {
     session::LineReader reader(std::cin, session::LINE_MAX_BYTES);
     for (auto line = reader.next(); line; line = reader.next()) {
+        if (line->is_beyond) {
+            fmt::print(terminal.err, "{}\n", session::SCRIPT_TOO_LONG);
+            return;
+        }
         if (!step(session, line->text, terminal)) {
             return;
         }
@@ -76,6 +82,7 @@ int shell(const ShellOptions &options, const Terminal &terminal)
 {
     simswitch::Switch hardware({.chip = options.chip, .state_dir = options.state_dir});
     session::Session session(hardware, options.state_dir);
+    session.tell_packets(terminal.colour);
     if (isatty(STDIN_FILENO) == 1) {
         run_edited(session, hardware, terminal);
     } else {

@@ -96,7 +96,7 @@ void judge_all(const simswitch::Switch &hardware, const l3lif::Layer &layer,
 }
 
 /** Tells once of interfaces on which the chip doesn't route what the file asks for. */
-void note_families(const simswitch::Switch &hardware, report::UpResult &result)
+void note_families(report::UpResult &result)
 {
     std::vector<std::string> names;
     for (const auto &interface : result.interfaces) {
@@ -109,13 +109,10 @@ void note_families(const simswitch::Switch &hardware, report::UpResult &result)
     if (names.empty()) {
         return;
     }
-    const bool by_port = hardware.chip.kind() == simswitch::chip::Kind::trident;
     result.notes.push_back(fmt::format(
-        "{}: {} of {} interfaces, {} the first, do not route the families of their addresses{}",
-        result.config->file, names.size(), result.interfaces.size(), names.front(),
-        by_port ? ": on a Trident those are controls of the port, and bringing a port up opens "
-                  "it for IPv4 only, bringing a subinterface up for both"
-                : ""));
+        "{}: {} of {} interfaces, {} the first, do not route the families of their addresses: "
+        "bringing a port up opens it for IPv4 only, bringing a subinterface up for both",
+        result.config->file, names.size(), result.interfaces.size(), names.front()));
 }
 
 report::Teardown tear_down(simswitch::Switch &hardware, l3lif::Layer &layer,
@@ -146,7 +143,7 @@ report::UpResult result_of(const simswitch::Switch &hardware, const config::Desc
     result.skipped = config.skipped;
     result.notes = config.notes;
     judge_all(hardware, layer, result);
-    note_families(hardware, result);
+    note_families(result);
     return result;
 }
 

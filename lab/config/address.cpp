@@ -71,6 +71,11 @@ std::string IpAddress::text() const
     return buffer.data();
 }
 
+std::string Prefix::text() const
+{
+    return fmt::format("{}/{}", address.text(), length);
+}
+
 std::optional<IpAddress> parse_ip(std::string_view text)
 {
     // inet_pton stops at a zero byte, which a JSON string may hold.

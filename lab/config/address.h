@@ -1,6 +1,7 @@
 /*
  * address.h: the addresses of a configuration, read strictly: IP addresses,
- * prefixes, MAC addresses. Beside it: names.h reads the names.
+ * prefixes, MAC addresses. Beside it: names.h reads the names, networks.h works
+ * with prefixes.
  */
 #pragma once
 
@@ -32,6 +33,9 @@ struct Prefix {
     unsigned length = 0; ///< 0 to 32, for IPv6 0 to 128
 
     bool operator==(const Prefix &) const = default;
+
+    /** "10.0.0.1/31", the address as it stands. */
+    std::string text() const;
 };
 
 /** A MAC address, first byte first. */

@@ -48,7 +48,10 @@ public:
         const std::string text = number_text(number);
         add(key, text.starts_with("0x") ? quoted(text) : text);
     }
-    static std::string quoted(const std::string &text) { return Json(text).dump(); }
+    static std::string quoted(const std::string &text)
+    {
+        return Json(text).dump(-1, ' ', true, Json::error_handler_t::replace);
+    }
     std::string object() const { return fmt::format("{{{}}}", fmt::join(texts_, ", ")); }
 
 private:

@@ -79,9 +79,10 @@ struct PvlanPair {
 
 /** A MAC that an interface answers to beside its own. */
 struct VirtualMac {
-    std::string owner;  ///< name of the interface
-    Mac mac = {};       ///< the MAC
-    std::string source; ///< "SAG", "VRRP 8": what gives it
+    std::string owner;                     ///< name of the interface
+    Mac mac = {};                          ///< the MAC
+    std::string source;                    ///< "SAG", "VRRP 8": what gives it
+    std::vector<IpAddress> addresses = {}; ///< those that it answers for, each once
 };
 
 /** A routed interface other than a tunnel. */
@@ -112,6 +113,42 @@ struct Tunnel {
     std::optional<IpAddress> source;
 };
 
+/** Where a static route leads. */
+struct NextHop {
+    std::optional<IpAddress> gateway; ///< nothing: to an interface alone
+    std::string interface;            ///< empty: the one whose network has the gateway
+    unsigned distance = 0;            ///< of the ways that can be taken, those with the lowest are
+
+    bool operator==(const NextHop &) const = default;
+};
+
+/** A static route. */
+struct StaticRoute {
+    std::uint16_t vrf = VRF_DEFAULT;
+    Prefix prefix;                  ///< bits behind the length are 0
+    std::vector<NextHop> next_hops; ///< several share its flows; none: a black hole
+
+    bool operator==(const StaticRoute &) const = default;
+};
+
+/** A host on the network of an interface. */
+struct Neighbor {
+    std::string interface;
+    IpAddress address;
+    Mac mac = {};
+
+    bool operator==(const Neighbor &) const = default;
+};
+
+/** A station that stays where it is. */
+struct StaticMac {
+    std::uint16_t vlan = 0;
+    Mac mac = {};
+    std::string port; ///< a port or port-channel of the VLAN
+
+    bool operator==(const StaticMac &) const = default;
+};
+
 /** A row that isn't taken. */
 struct SkippedRow {
     std::string table;
@@ -134,6 +171,9 @@ struct Description {
     std::vector<Tunnel> tunnels;             ///< in natural order of their names
     std::vector<PvlanPair> pvlan_pairs;      ///< in natural order of the primaries' names
     std::vector<VirtualMac> virtual_macs;    ///< in the order of their interfaces
+    std::vector<StaticRoute> static_routes;  ///< in natural order of their rows
+    std::vector<Neighbor> neighbors;         ///< in natural order of their rows
+    std::vector<StaticMac> static_macs;      ///< in natural order of their rows
     std::vector<SkippedRow> skipped;         ///< by table and row
     std::vector<std::string> notes;          ///< lines worth telling, with the file's name
 

@@ -7,6 +7,7 @@
 #include "config/port_channel_rows.h"
 #include "config/reader.h"
 #include "config/row_checks.h"
+#include "config/shown.h"
 
 #include <algorithm>
 
@@ -15,6 +16,8 @@ namespace lab::config
 
 namespace
 {
+
+constexpr std::size_t TUNNEL_NAME_MAX = 63;
 
 // VRF numbers are 16 bits wide.
 constexpr std::uint32_t VRF_LAST = 65535;
@@ -99,7 +102,8 @@ void read_port(const std::string &name, const Row &row, Description &description
 /** The tunnel of a TUNNEL row. */
 Tunnel make_tunnel(const std::string &name, const Row &row)
 {
-    if (name.empty() || name.find('|') != std::string::npos) {
+    if (name.empty() || name.size() > TUNNEL_NAME_MAX || !can_be_shown(name) ||
+        name.find('|') != std::string::npos) {
         refuse("{} is no name of a tunnel", in_quotes(name));
     }
     need_object(row);

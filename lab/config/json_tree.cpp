@@ -5,6 +5,8 @@
  */
 #include "config/json_tree.h"
 
+#include "config/shown.h"
+
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
@@ -14,6 +16,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <sys/stat.h>
 #include <unordered_map>
 
 namespace lab::config
@@ -26,6 +29,8 @@ using Json = nlohmann::json;
 
 constexpr std::size_t FILE_SIZE_MAX = 64U << 20U;
 
+constexpr std::size_t REASON_MAX = 120;
+
 // Root, table, row, the wrapped fields of a flat row, one to spare.
 constexpr std::size_t DEPTH_KEPT = 5; // objects and lists
 
@@ -35,10 +40,12 @@ std::string plain_reason(const std::string &message)
 {
     const std::size_t dash = message.rfind(" - ");
     const std::size_t bracket = message.find("] ");
-    std::string reason = dash != std::string::npos      ? message.substr(dash + 3)
-                         : bracket != std::string::npos ? message.substr(bracket + 2)
-                                                        : message;
-    return reason.substr(0, reason.find(';'));
+    const std::string reason = dash != std::string::npos      ? message.substr(dash + 3)
+                               : bracket != std::string::npos ? message.substr(bracket + 2)
+                                                              : message;
+    // A number of the file may stand in it, however long.
+    const std::string plain = harmless(reason.substr(0, reason.find(';')));
+    return plain.size() <= REASON_MAX ? plain : plain.substr(0, REASON_MAX) + "…";
 }
 
 /** Builds the tree from the parser's events. */
@@ -84,6 +91,7 @@ public:
     JsonTree tree;
     std::size_t error_position = 0;
     std::string error_reason;
+    std::string beyond; ///< the limit at which parsing ended; empty when none was met
 
 private:
     /** An object or list that isn't closed yet. */
@@ -94,8 +102,24 @@ private:
         std::string key;                                     ///< the key whose value comes next
     };
 
+    /** Counts a value; false for one too many. */
+    bool count()
+    {
+        if (++values_ > JSON_VALUES_MAX) {
+            beyond = fmt::format("it has more than {} values", JSON_VALUES_MAX);
+        }
+        return values_ <= JSON_VALUES_MAX;
+    }
+
     bool open(JsonNode::Kind kind)
     {
+        if (levels_.size() == JSON_DEPTH_MAX) {
+            beyond = fmt::format("objects and lists lie more than {} deep", JSON_DEPTH_MAX);
+            return false;
+        }
+        if (!count()) {
+            return false;
+        }
         Level level;
         level.is_list = kind == JsonNode::Kind::list;
         if (levels_.size() < DEPTH_KEPT) {
@@ -116,6 +140,9 @@ private:
 
     bool add(JsonNode::Kind kind, std::string text)
     {
+        if (!count()) {
+            return false;
+        }
         place({kind, std::move(text), {}});
         return true;
     }
@@ -156,6 +183,7 @@ private:
     }
 
     std::vector<Level> levels_;
+    std::size_t values_ = 0;
 };
 
 /** Where a byte of a text stands. */
@@ -203,6 +231,9 @@ JsonTree parse_json(std::string_view text, std::string_view file)
     }
     TreeBuilder builder;
     if (!Json::sax_parse(text.begin(), text.end(), &builder)) {
+        if (!builder.beyond.empty()) {
+            throw UnusableFile(fmt::format("{}: cannot be read: {}", file, builder.beyond));
+        }
         throw UnusableFile(fmt::format("{}: {}: cannot be read as JSON: {}", file,
                                        place_in(text, builder.error_position),
                                        builder.error_reason));
@@ -219,6 +250,11 @@ std::string read_file(const std::filesystem::path &path)
     };
     if (!file) {
         throw unusable(std::strerror(errno));
+    }
+    struct stat status = {};
+    if (fstat(fileno(file.get()), &status) == 0 && S_ISREG(status.st_mode) &&
+        static_cast<std::uint64_t>(status.st_size) > FILE_SIZE_MAX) {
+        throw unusable("it is larger than 64 MiB");
     }
     std::string text;
     std::array<char, 65536> block = {};

@@ -5,6 +5,7 @@
  */
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -49,12 +50,17 @@ struct JsonTree {
     std::vector<std::vector<std::string>> duplicates; ///< path of each key that came again
 };
 
+/** The deepest place in a file: objects and lists around it. */
+inline constexpr std::size_t JSON_DEPTH_MAX = 1000;
+/** The most values in a file: objects, lists, texts, numbers and all others together. */
+inline constexpr std::size_t JSON_VALUES_MAX = 200000;
+
 /**
  * Parses a text. Of a key that stands twice the last value counts.
  *
  * @param text  the JSON text
  * @param file  the name that messages begin with
- * @throws UnusableFile where it is no JSON, with line and column
+ * @throws UnusableFile where it is no JSON, with line and column; when it goes beyond the limits
  */
 JsonTree parse_json(std::string_view text, std::string_view file);
 

@@ -3,17 +3,21 @@
  */
 #include "config/names.h"
 
+#include "config/shown.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <charconv>
-#include <iterator>
 
 namespace lab::config
 {
 
 namespace
 {
+
+// What is longer is no name of anything, and nobody wants to read all of it.
+constexpr std::size_t QUOTED_MAX = 160;
 
 // The operating system's limit of an interface's name.
 constexpr std::size_t NAME_LENGTH_MAX = 15;
@@ -43,23 +47,36 @@ bool take_word(std::string_view &name, std::string_view word)
     return true;
 }
 
+/** The first bytes of a text, no character cut in two. */
+std::string_view beginning(std::string_view text, std::size_t bytes)
+{
+    if (text.size() <= bytes) {
+        return text;
+    }
+    while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xc0U) == 0x80) {
+        --bytes;
+    }
+    return text.substr(0, bytes);
+}
+
 } // namespace
 
 std::string in_quotes(std::string_view text)
 {
-    std::string shown = "\"";
+    const std::string_view shown = beginning(text, QUOTED_MAX);
+    return fmt::format("\"{}{}\"", quotable(shown), shown.size() < text.size() ? "…" : "");
+}
+
+std::string quotable(std::string_view text)
+{
+    std::string escaped;
     for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7f) {
-            fmt::format_to(std::back_inserter(shown), "\\x{:02x}", byte);
-        } else if (c == '"' || c == '\\') {
-            shown += '\\';
-            shown += c;
-        } else {
-            shown += c;
+        if (c == '"' || c == '\\') {
+            escaped += '\\';
         }
+        escaped += c;
     }
-    return shown + '"';
+    return harmless(escaped);
 }
 
 std::string number_or_quotes(std::string_view text)

@@ -19,8 +19,12 @@ inline constexpr std::uint16_t VLAN_MAX = 4094;
 /** The VLAN in which the chip routes all ports and subinterfaces; no file can have it. */
 inline constexpr std::uint16_t VLAN_OF_ROUTED_PORTS = 4094;
 
-/** A text in quotation marks; control characters and all that could stir a terminal as \x1b. */
+/** A text in quotation marks; control characters and all that could stir a terminal as \x1b. Of
+ * one that is longer than 160 bytes the beginning. */
 std::string in_quotes(std::string_view text);
+
+/** The same without the marks, whatever its length. */
+std::string quotable(std::string_view text);
 
 /** A text as it stands when it is digits only, else in quotation marks. */
 std::string number_or_quotes(std::string_view text);

@@ -6,6 +6,7 @@
 #include "config/device_rows.h"
 #include "config/interface_rows.h"
 #include "config/port_channel_rows.h"
+#include "config/route_rows.h"
 #include "config/tables.h"
 #include "config/virtual_mac_rows.h"
 #include "config/vlan_rows.h"
@@ -17,7 +18,8 @@ Description read_config_text(std::string_view text, std::string_view file)
 {
     std::vector<std::string_view> read = interface_tables();
     read.insert(read.end(), {"DEVICE_METADATA", "PORT", "PORTCHANNEL", "PORTCHANNEL_MEMBER", "VLAN",
-                             "VLAN_MEMBER", "VRF", "TUNNEL", "PVLAN", "SAG", "VRRP", "VRRP6"});
+                             "VLAN_MEMBER", "VRF", "TUNNEL", "PVLAN", "SAG", "VRRP", "VRRP6",
+                             "STATIC_ROUTE", "NEIGH", "FDB"});
     Tables tables = make_tables(parse_json(text, file), file, read);
 
     Description description;
@@ -32,6 +34,7 @@ Description read_config_text(std::string_view text, std::string_view file)
     read_pvlan_pairs(tables, description);
     read_virtual_macs(tables, description);
     read_tunnels(tables, description);
+    read_routes(tables, description);
     description.sort_skipped();
     return description;
 }

@@ -5,8 +5,8 @@
  *
  * Its work is spread over device_rows.h (device, ports, VRFs, tunnels),
  * port_channel_rows.h, vlan_rows.h (VLANs, their members, private-VLAN pairs),
- * interface_rows.h (the tables of routed interfaces) and virtual_mac_rows.h. docs/config.md has the
- * rules for people.
+ * interface_rows.h (the tables of routed interfaces), virtual_mac_rows.h and route_rows.h (static
+ * routes, known hosts). docs/config.md has the rules for people.
  */
 #pragma once
 

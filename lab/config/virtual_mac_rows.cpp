@@ -10,9 +10,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace lab::config
@@ -63,7 +65,11 @@ void add_anycast_gateways(const Tables &tables, Description &description)
     std::vector<std::string> without;
     for (const auto &interface : description.interfaces) {
         if (interface.anycast_gateway && mac) {
-            description.virtual_macs.push_back({interface.name, *mac, "SAG"});
+            VirtualMac gateway{interface.name, *mac, "SAG"};
+            for (const Prefix &prefix : interface.addresses) {
+                gateway.addresses.push_back(prefix.address);
+            }
+            description.virtual_macs.push_back(std::move(gateway));
         } else if (interface.anycast_gateway) {
             without.push_back(interface.name);
         }
@@ -90,13 +96,14 @@ IpAddress virtual_address(const std::string &text)
     return prefix->address;
 }
 
-/** The families for which a group stands. */
+/** What a group stands for, by family. */
 struct Families {
     bool ipv4 = false;
     bool ipv6 = false;
+    std::vector<IpAddress> addresses; ///< of both, each once
 };
 
-/** The families of a group's addresses; of one without addresses what its table is for. */
+/** The addresses of a group and their families; of one without addresses what its table is for. */
 Families families_of(const Row &row, bool ipv6_table)
 {
     Families families;
@@ -104,12 +111,17 @@ Families families_of(const Row &row, bool ipv6_table)
         scalar(row, "vip");
     }
     for (const auto &text : listed(row, "vip")) {
-        const bool ipv6 = virtual_address(text).ipv6;
+        const IpAddress address = virtual_address(text);
+        const bool ipv6 = address.ipv6;
         if (!ipv6 && ipv6_table) {
             refuse("vip {} is IPv4, and the row is one of VRRP6", in_quotes(text));
         }
         families.ipv4 |= !ipv6;
         families.ipv6 |= ipv6;
+        auto &known = families.addresses;
+        if (std::find(known.begin(), known.end(), address) == known.end()) {
+            known.push_back(address);
+        }
     }
     if (!families.ipv4 && !families.ipv6) {
         families.ipv4 = !ipv6_table;
@@ -164,19 +176,20 @@ void read_groups(const Tables &tables, std::string_view table, bool ipv6_table,
     for_each_row(tables, table, description, [&](const std::string &key, const Row &row) {
         const Group group = parse_group(key, row, description);
         const Families families = families_of(row, ipv6_table);
-        std::vector<Mac> macs;
-        if (families.ipv4) {
-            macs.push_back(vrrp_mac(group.vrid, false));
+        std::vector<VirtualMac> macs;
+        for (const bool ipv6 : {false, true}) {
+            if (ipv6 ? families.ipv6 : families.ipv4) {
+                VirtualMac mac{group.owner, vrrp_mac(group.vrid, ipv6),
+                               fmt::format("{} {}", table, group.vrid)};
+                std::copy_if(families.addresses.begin(), families.addresses.end(),
+                             std::back_inserter(mac.addresses),
+                             [ipv6](const IpAddress &address) { return address.ipv6 == ipv6; });
+                need_new_mac(group.owner, mac.mac, description);
+                macs.push_back(std::move(mac));
+            }
         }
-        if (families.ipv6) {
-            macs.push_back(vrrp_mac(group.vrid, true));
-        }
-        for (const Mac &mac : macs) {
-            need_new_mac(group.owner, mac, description);
-        }
-        for (const Mac &mac : macs) {
-            description.virtual_macs.push_back(
-                {group.owner, mac, fmt::format("{} {}", table, group.vrid)});
+        for (VirtualMac &mac : macs) {
+            description.virtual_macs.push_back(std::move(mac));
         }
     });
 }

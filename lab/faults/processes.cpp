@@ -1,7 +1,7 @@
 /*
  * processes.cpp: see processes.h.
  */
-#include "sweep/engine/processes.h"
+#include "faults/processes.h"
 
 #include <fmt/format.h>
 
@@ -14,8 +14,9 @@
 #include <exception>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
-namespace sweep
+namespace lab::faults
 {
 
 namespace
@@ -63,31 +64,56 @@ Lines read_lines(int in)
 
 } // namespace
 
-Ended in_process(const std::function<Lines()> &body)
+Process::Process(const std::function<Lines()> &body)
 {
     std::array<int, 2> ends{};
     if (pipe(ends.data()) != 0) {
         throw std::runtime_error("no pipe");
     }
-    const pid_t child = fork();
-    if (child < 0) {
+    child_ = fork();
+    if (child_ < 0) {
+        close(ends[0]);
+        close(ends[1]);
         throw std::runtime_error("no process");
     }
-    if (child == 0) {
+    if (child_ == 0) {
         close(ends[0]);
         run_body(body, ends[1]);
     }
     close(ends[1]);
+    in_ = ends[0];
+}
+
+Process::Process(Process &&other) noexcept
+    : child_(std::exchange(other.child_, 0)), in_(std::exchange(other.in_, -1))
+{
+}
+
+Process::~Process()
+{
+    if (child_ > 0) {
+        close(in_);
+        waitpid(child_, nullptr, 0);
+    }
+}
+
+Ended Process::wait()
+{
     Ended ended;
-    ended.lines = read_lines(ends[0]);
-    close(ends[0]);
+    ended.lines = read_lines(in_);
+    close(in_);
     int status = 0;
-    waitpid(child, &status, 0);
+    waitpid(std::exchange(child_, 0), &status, 0);
     ended.by_kill = WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
     ended.well = WIFEXITED(status) && WEXITSTATUS(status) == 0;
     ended.how = WIFSIGNALED(status) ? fmt::format("signal {}", WTERMSIG(status))
                                     : fmt::format("exit code {}", WEXITSTATUS(status));
     return ended;
+}
+
+Ended in_process(const std::function<Lines()> &body)
+{
+    return Process(body).wait();
 }
 
 void die()
@@ -101,7 +127,7 @@ Folder::Folder()
     const std::filesystem::path in_memory = "/dev/shm";
     const bool has_memory = access(in_memory.c_str(), W_OK | X_OK) == 0;
     std::string name =
-        ((has_memory ? in_memory : std::filesystem::temp_directory_path()) / "kill-sweep-XXXXXX")
+        ((has_memory ? in_memory : std::filesystem::temp_directory_path()) / "rtif-sweep-XXXXXX")
             .string();
     if (mkdtemp(name.data()) == nullptr) {
         throw std::runtime_error("no temporary folder");
@@ -115,4 +141,4 @@ Folder::~Folder()
     std::filesystem::remove_all(path_, ignored);
 }
 
-} // namespace sweep
+} // namespace lab::faults

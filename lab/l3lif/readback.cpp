@@ -38,18 +38,23 @@ std::vector<int> ports_tied_to(const chip::Chip &chip, int iif)
     return ports;
 }
 
-/** On a Trident, where ingress objects switch nothing: the controls of a port. */
+/** The families that the controls of a port leave of those. */
 void narrow_to_port(const chip::Chip &chip, int port, HardwareView &view)
 {
-    if (chip.kind() == chip::Kind::trident2) {
-        return;
-    }
     if (port != 0) {
         view.ipv4 = view.ipv4 && chip.ports.control(port, chip::PORT_CONTROL_IP4) != 0;
         view.ipv6 = view.ipv6 && chip.ports.control(port, chip::PORT_CONTROL_IP6) != 0;
-    } else {
+    } else if (chip.kind() == chip::Kind::trident) {
         // A tunnel has no port to switch a family; it is one for IPv4.
         view.ipv6 = false;
+    }
+}
+
+/** The same for each of several ports. */
+void narrow_to_ports(const chip::Chip &chip, HardwareView &view)
+{
+    for (const int port : view.ports) {
+        narrow_to_port(chip, port, view);
     }
 }
 
@@ -145,7 +150,7 @@ HardwareView read_port_channel(const chip::Chip &chip, const Lif &lif)
         return view;
     }
     const bool has_interface = read_objects(chip, view);
-    narrow_to_port(chip, view.ports.front(), view);
+    narrow_to_ports(chip, view);
     if (!has_interface) {
         return view;
     }
@@ -184,7 +189,7 @@ HardwareView read_subinterface(const chip::Chip &chip, const Lif &lif)
     }
     view.iif = translation->ingress_if;
     const bool has_interface = read_objects(chip, view);
-    narrow_to_port(chip, view.ports.empty() ? 0 : view.ports.front(), view);
+    narrow_to_ports(chip, view);
     if (!has_interface) {
         return view;
     }

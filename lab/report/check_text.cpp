@@ -3,6 +3,7 @@
  */
 #include "report/check_text.h"
 
+#include "config/shown.h"
 #include "report/text.h"
 
 #include <fmt/format.h>
@@ -18,7 +19,7 @@ namespace lab::report
 void print_check(const check::CheckResult &result, const std::string &state,
                  const std::string &chip, std::ostream &out)
 {
-    fmt::print(out, "{}: {}, {}, {} in the chip: {}\n", state, chip,
+    fmt::print(out, "{}: {}, {}, {} in the chip: {}\n", config::harmless(state), chip,
                counted(result.stored, "stored interface"),
                counted(result.l3_interfaces, "L3 interface"),
                result.differences.empty() ? "no difference"
@@ -49,7 +50,7 @@ void print_check_json(const check::CheckResult &result, const std::string &state
                          {"differences", std::move(differences)},
                          {"notes", result.notes}};
     // A path may be no UTF-8.
-    out << object.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    out << object.dump(2, ' ', true, Json::error_handler_t::replace) << '\n';
 }
 
 } // namespace lab::report

@@ -179,7 +179,7 @@ void print_json(const UpResult &result, const View &view, std::ostream &out)
         object["teardown"] = {{"clean", result.teardown->clean}, {"left", result.teardown->left}};
     }
     // A path may be no UTF-8.
-    out << object.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    out << object.dump(2, ' ', true, Json::error_handler_t::replace) << '\n';
 }
 
 } // namespace lab::report

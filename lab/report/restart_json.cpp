@@ -129,7 +129,7 @@ void print_restart_json(const RestartReport &report, std::ostream &out)
         object["then"] = completion_object(*report.completion);
     }
     // A path may be no UTF-8.
-    out << object.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    out << object.dump(2, ' ', true, Json::error_handler_t::replace) << '\n';
 }
 
 } // namespace lab::report

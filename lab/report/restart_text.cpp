@@ -3,6 +3,7 @@
  */
 #include "report/restart_text.h"
 
+#include "config/shown.h"
 #include "report/table.h"
 #include "report/text.h"
 #include "report/text_table.h"
@@ -105,8 +106,9 @@ void print_restore(const RestartReport &report, const View &view, std::ostream &
     const auto &restart = *report.restart;
     const auto taken = std::count_if(restart.interfaces.begin(), restart.interfaces.end(),
                                      [](const auto &restored) { return restored.iif_taken; });
-    fmt::print(out, "{}: {}, restore: {} of {}, {}\n", report.state, chip_name(*report.hardware),
-               taken, counted(restart.interfaces.size(), "stored interface"),
+    fmt::print(out, "{}: {}, restore: {} of {}, {}\n", config::harmless(report.state),
+               chip_name(*report.hardware), taken,
+               counted(restart.interfaces.size(), "stored interface"),
                counted(restart.chip_writes, "chip write"));
     print_request(restart.globals, view, out);
     print_restored(report, view, out);
@@ -173,8 +175,8 @@ void print_routes(const RestartReport &report, std::ostream &out)
 
 void print_fast(const RestartReport &report, std::ostream &out)
 {
-    fmt::print(out, "{}: {}, fast restart: the chip began empty; {} of {} up, {}\n", report.state,
-               chip_name(*report.hardware), report.up->up_count(),
+    fmt::print(out, "{}: {}, fast restart: the chip began empty; {} of {} up, {}\n",
+               config::harmless(report.state), chip_name(*report.hardware), report.up->up_count(),
                counted(report.up->interfaces.size(), "interface"),
                counted(report.restart->chip_writes, "chip write"));
     print_steps(report, out);
@@ -201,8 +203,9 @@ void print_restart(const RestartReport &report, const View &view, std::ostream &
         print_fast(report, out);
         break;
     case l3lif::RestartMode::cold:
-        fmt::print(out, "{}: {}, cold start: chip and store began empty; {}\n\n", report.state,
-                   chip_name(*report.hardware), counted(report.restart->chip_writes, "chip write"));
+        fmt::print(out, "{}: {}, cold start: chip and store began empty; {}\n\n",
+                   config::harmless(report.state), chip_name(*report.hardware),
+                   counted(report.restart->chip_writes, "chip write"));
         print_table(*report.up, view, out);
         break;
     }

@@ -4,6 +4,7 @@
 #include "report/table.h"
 
 #include "config/address.h"
+#include "config/shown.h"
 #include "report/teardown_text.h"
 #include "report/text.h"
 #include "report/text_table.h"
@@ -48,7 +49,7 @@ void print_heading(const UpResult &result, const View &view, std::ostream &out)
 {
     const auto &config = *result.config;
     const auto &mac = result.layer->router_mac();
-    fmt::print(out, "{}: {}{}, router MAC {} ", config.file,
+    fmt::print(out, "{}: {}{}, router MAC {} ", config::harmless(config.file),
                config.hostname.empty() ? "" : plain(config.hostname) + ", ", result.chip,
                config::mac_text(config.device_mac));
     if (result.has_router_mac()) {

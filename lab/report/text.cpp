@@ -37,8 +37,7 @@ std::string counted(std::size_t number, std::string_view what)
 
 std::string plain(std::string_view name)
 {
-    const std::string quotes = config::in_quotes(name);
-    return quotes.substr(1, quotes.size() - 2);
+    return config::quotable(name);
 }
 
 std::string number_or_dash(bool there, int number)

@@ -3,6 +3,8 @@
  */
 #include "report/text_table.h"
 
+#include "config/shown.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -22,7 +24,8 @@ TextTable::TextTable(std::vector<Column> columns, std::size_t coloured)
 void TextTable::add(std::vector<std::string> cells)
 {
     for (std::size_t i = 0; i < widths_.size(); ++i) {
-        widths_[i] = std::max(widths_[i], cells.at(i).size());
+        cells.at(i) = config::harmless(cells[i]);
+        widths_[i] = std::max(widths_[i], cells[i].size());
     }
     lines_.push_back(std::move(cells));
 }

@@ -3,6 +3,7 @@
  */
 #include "session/complete.h"
 
+#include "config/address.h"
 #include "config/natural_order.h"
 #include "session/expect.h"
 #include "session/platform_functions.h"
@@ -101,6 +102,64 @@ Candidates behind_add_del(const State &state, const Words &words)
     return words.front() == "pvlan" ? known_vlans(state) : Candidates{};
 }
 
+Candidates known_vrfs(const State &state)
+{
+    Candidates names = {"default"};
+    if (state.config) {
+        for (const auto &[name, number] : state.config->vrfs) {
+            names.push_back(name);
+        }
+    }
+    return names;
+}
+
+/** What may stand behind the words of the command on hosts. */
+Candidates behind_neighbor(const State &state, const Words &words)
+{
+    if (words.size() == 1) {
+        return {"add", "del"};
+    }
+    if (words.size() == 2) {
+        return state.interface_names();
+    }
+    Candidates found;
+    for (const routing::Neighbor &known : state.routing.neighbors()) {
+        if (known.interface == words[2] && words.size() == 3) {
+            found.push_back(known.address.text());
+        } else if (known.interface == words[2] && words.size() == 4 && words[1] == "add") {
+            found.push_back(config::mac_text(known.mac));
+        }
+    }
+    return words.size() == 5 && words[1] == "add" ? state.routing.ports_of(words[2]) : found;
+}
+
+/** What may stand behind the words of the command on static routes. */
+Candidates behind_route(const State &state, const Words &words)
+{
+    if (words.size() == 1) {
+        return {"add", "del"};
+    }
+    Candidates found;
+    if (words.size() == 2) {
+        for (const routing::StaticRoute &known : state.routing.routes()) {
+            found.push_back(known.prefix.text());
+        }
+        return found;
+    }
+    const bool has_ways = std::find(words.begin(), words.end(), "via") != words.end();
+    if (has_ways) {
+        return state.interface_names();
+    }
+    if (words.back() == "vrf") {
+        return known_vrfs(state);
+    }
+    found = words[1] == "add" ? Candidates{"via", "blackhole"} : Candidates{};
+    if (words.size() == 3) {
+        found.emplace_back("vrf");
+    }
+    return words.back() == "blackhole" ? Candidates{} : found;
+}
+
 /** What may stand behind the words of the command on VXLAN ports. */
 Candidates behind_vxlan(const State &state, const Words &words)
 {
@@ -184,8 +243,20 @@ Candidates following(const State &state, const Words &words, const std::string &
     if (verb == "vxlan") {
         return behind_vxlan(state, words);
     }
+    if (verb == "neighbor") {
+        return behind_neighbor(state, words);
+    }
+    if (verb == "route") {
+        return behind_route(state, words);
+    }
+    if (verb == "up" && words.size() == 2) {
+        return {"open"};
+    }
     if (verb == "drop" || verb == "member-port") {
         return behind_port(state, words);
+    }
+    if (verb == "packet") {
+        return packet_continuations({words.begin() + 1, words.end()}, state);
     }
     if (verb == "expect") {
         return expect_continuations({words.begin() + 1, words.end()}, state.scene());

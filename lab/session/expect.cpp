@@ -216,8 +216,31 @@ void check_presence(const Table &table, const Words &words, bool wanted)
     }
 }
 
+/** Of a table whose one row needs no key: a field and a value. */
+void check_single(const Table &table, const Words &words, bool wanted, const Scene &scene)
+{
+    constexpr std::size_t SIGN = 2;
+    if (!wanted || words.size() <= SIGN || find_sign(words) != SIGN) {
+        throw UsageError(fmt::format("expect {0} needs a field, = or !=, and a value, as in: "
+                                     "expect {0} {1} = …",
+                                     table.subject, table.fields().front()));
+    }
+    if (table.rows.empty()) {
+        throw UsageError(fmt::format("there was no {} yet", table.subject));
+    }
+    const Comparison comparison = take_comparison({words.begin() + SIGN, words.end()});
+    const auto values = values_of(table, {&table.rows.front()}, {words[1]}, scene);
+    if (!holds(comparison, values)) {
+        const std::string &seen = values.front();
+        throw Unmet(written(words), seen.empty() ? "nothing" : seen);
+    }
+}
+
 void check_table(const Table &table, const Words &words, bool wanted, const Scene &scene)
 {
+    if (table.single) {
+        return check_single(table, words, wanted, scene);
+    }
     if (words.size() < 2) {
         throw UsageError(fmt::format("expect {} needs a key, or count", table.subject));
     }
@@ -313,6 +336,11 @@ std::vector<std::string> expect_continuations(const Words &words, const Scene &s
         return {};
     }
     const Table table = kind->make(scene);
+    if (table.single) {
+        return behind == 1   ? table.fields()
+               : behind == 2 ? std::vector<std::string>{"=", "!="}
+                             : std::vector<std::string>{};
+    }
     if (behind == 1) {
         std::vector<std::string> keys = table.known_keys;
         for (const Row &row : table.rows) {

@@ -7,6 +7,7 @@
  *     expect port Ethernet0 control 8 = 1  a control by its number
  *     expect station count = 2             rows; with a key, the rows of that key
  *     expect vlan 100, expect no vlan 300  whether there is such a row
+ *     expect packet fate = sent            the last packet, which needs no key
  *     expect code = 0                      what the library returned
  *     expect call "bcm_vlan_create(0, 4"   a call that begins so, or of a function
  *     expect message "Set To Sup"          a message that holds this

@@ -6,6 +6,7 @@
 
 #include "config/reader.h"
 #include "l3lif/bring_up.h"
+#include "l3lif/families.h"
 #include "l3lif/plans.h"
 #include "l3lif/property_requests.h"
 #include "l3lif/restart_state.h"
@@ -45,6 +46,9 @@ bool is_label(const Property &property)
 
 Outcome run_up(State &state, const Words &words)
 {
+    if (words.size() == 2 && words[1] != "open") {
+        throw UsageError(unknown("word", words[1], {"open"}) + " (open, or nothing)");
+    }
     if (state.config) {
         throw Impossible(
             fmt::format("{} is up already: a session has one configuration", state.config->file));
@@ -60,10 +64,18 @@ Outcome run_up(State &state, const Words &words)
     notes.insert(notes.end(), state.notes.begin(), state.notes.end());
     state.notes.clear();
     l3lif::bring_all_up(*state.config, state.layer);
+    std::vector<l3lif::OpenedFamily> opened;
+    if (words.size() == 2) {
+        opened = l3lif::open_families(*state.config, state.layer, state.hardware);
+    }
+    state.routing.configure(*state.config);
 
     std::vector<Step> steps;
     for (const l3lif::NamedRequest &named : l3lif::requests_up(state.layer)) {
         steps.push_back({named.asked, *named.request, named.gives_station});
+    }
+    for (l3lif::OpenedFamily &family : opened) {
+        steps.push_back({std::move(family.asked), std::move(family.request)});
     }
     Outcome outcome = state.finish(command_text("up", words), std::move(steps));
     outcome.summary = fmt::format(

@@ -1,5 +1,5 @@
 /*
- * l3_tables.cpp: interfaces, their numbers, ingress objects, next hops, routes.
+ * l3_tables.cpp: interfaces, their numbers, ingress objects, next hops, VXLAN ports.
  */
 #include "session/tables.h"
 
@@ -47,6 +47,15 @@ std::string_view iif_state(const chip::Chip &chip, int iif, int last)
         return "held back";
     }
     return is_set(l3lif_l3iif_table, iif) ? "kept" : "";
+}
+
+/** The port of an egress object; empty for one that has none. */
+std::string port_of(const Scene &scene, int port)
+{
+    if (port < 0) {
+        return "";
+    }
+    return port > chip::LAST_PORT ? scene.gport_text(port) : scene.port_text(port);
 }
 
 std::string joined(const std::vector<std::string_view> &words)
@@ -164,34 +173,11 @@ Table egress_table(const Scene &scene)
                 scene.interface_names()};
     for (const auto &[id, object] : scene.hardware.chip.egresses.all()) {
         const std::string name = Scene::name(scene.iifs, object.interface);
-        const bool generic = object.port > chip::LAST_PORT;
         Row row{{fmt::to_string(id)},
                 {fmt::to_string(id), fmt::to_string(object.interface), name, chip::text(object.mac),
-                 fmt::to_string(object.vlan),
-                 generic ? scene.gport_text(object.port) : scene.port_text(object.port),
+                 fmt::to_string(object.vlan), port_of(scene, object.port),
                  Scene::name(scene.trunks, object.trunk), hex(object.flags)}};
         table.add(std::move(row), name);
-    }
-    return table;
-}
-
-Table route_table(const Scene &scene)
-{
-    Table table{"routes",
-                "route",
-                {{"VRF", true}, {"PREFIX"}, {"NEXT-HOP", true}, {"INTERFACE"}, {"FLAGS"}},
-                {},
-                {}};
-    const chip::Chip &chip = scene.hardware.chip;
-    for (const auto &[key, route] : chip.routes.all()) {
-        // "vrf 1 0.0.0.0/0"
-        const std::string text = chip::text(key);
-        const std::string prefix = text.substr(text.rfind(' ') + 1);
-        const chip::Egress *egress = route.multipath ? nullptr : chip.egresses.find(route.next_hop);
-        table.rows.push_back({{prefix},
-                              {fmt::to_string(key.vrf), prefix, fmt::to_string(route.next_hop),
-                               egress == nullptr ? "" : Scene::name(scene.iifs, egress->interface),
-                               hex(route.flags)}});
     }
     return table;
 }

@@ -33,10 +33,12 @@ constexpr std::array TABLE_KINDS = {
     TableKind{"ingress", "ingress", ingress_table},
     TableKind{"egress", "egress", egress_table},
     TableKind{"routes", "route", route_table},
+    TableKind{"neighbors", "neighbor", neighbor_table},
     TableKind{"vxlan", "vxlan", vxlan_table},
     TableKind{"field", "field-group", field_group_table},
     TableKind{"field", "field-entry", field_entry_table},
     TableKind{"switch", "switch", switch_table},
+    TableKind{"packet", "packet", packet_table},
 };
 
 /** The qualifiers of a group in words. */

@@ -15,6 +15,16 @@
 #include <string_view>
 #include <vector>
 
+namespace lab::routing
+{
+class Routing;
+}
+
+namespace lab::packet
+{
+struct Explanation;
+}
+
 namespace lab::session
 {
 
@@ -36,6 +46,8 @@ struct Scene {
     std::map<int, std::string> vlans = {};               ///< VLAN of the configuration by its id
     std::map<std::uint32_t, std::string> ifindexes = {}; ///< interface by its ifindex
     std::map<int, config::Mac> router_macs = {};         ///< by station
+    const routing::Routing *routing = nullptr;           ///< the layers that own the routes
+    const packet::Explanation *packet = nullptr;         ///< the last packet; null before the first
 
     /** The name of a number; empty when it has none. */
     static std::string name(const std::map<int, std::string> &names, int number);

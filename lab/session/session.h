@@ -33,6 +33,7 @@ public:
         : state_{hardware, state_dir, folder}
     {
         state_.notes = l3lif::forget_earlier_run(hardware, state_dir);
+        hardware.chip.track_authors();
     }
 
     /**
@@ -44,6 +45,12 @@ public:
      */
     Outcome execute(std::string_view line);
 
+    /** From now on `packet` shows its whole trace. @param colour  coloured, for a terminal */
+    void tell_packets(bool colour)
+    {
+        state_.tells_packets = true;
+        state_.colour = colour;
+    }
     /** Sets the columns of the terminal for what is shown from now on; 0 for none. */
     void set_width(Width width) { state_.width = width; }
     const State &state() const { return state_; }

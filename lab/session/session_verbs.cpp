@@ -34,6 +34,7 @@ namespace
 {
 
 constexpr std::string_view CALLS = "calls";
+constexpr std::string_view PACKET = "packet";
 constexpr std::string_view ALWAYS = "always";
 
 int parse_code(const std::string &word)
@@ -181,11 +182,15 @@ Outcome run_show(State &state, const Words &words)
         throw UsageError(unknown("table", name, names) +
                          fmt::format(" (known: {})", fmt::join(names, ", ")));
     }
-    if (name != CALLS) {
+    if (name != CALLS && name != PACKET) {
         return {"", show_tables(state, words)};
     }
     if (words.size() == 2) {
-        throw UsageError("show calls takes no key: it shows the last command's");
+        throw UsageError(fmt::format("show {} takes no key: it shows the last {}", name,
+                                     name == CALLS ? "command's" : "one"));
+    }
+    if (name == PACKET) {
+        return {"", packet_text(state)};
     }
     std::ostringstream out;
     if (state.last.empty()) {

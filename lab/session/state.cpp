@@ -14,6 +14,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace lab::session
@@ -21,6 +23,8 @@ namespace lab::session
 
 namespace
 {
+
+constexpr std::size_t PROBLEMS_SHOWN = 10;
 
 /** The number in the chip of an interface that is up or kept; 0 for another. */
 int number_of(const l3lif::Interface &interface)
@@ -66,13 +70,42 @@ void name_interfaces(const State &state, Scene &scene)
     }
 }
 
+/** What the routes lack since the last command, a few lines of it. */
+std::string new_problems(const std::vector<std::string> &before,
+                         const std::vector<std::string> &now)
+{
+    std::string text;
+    std::size_t count = 0;
+    for (const std::string &problem : now) {
+        if (std::find(before.begin(), before.end(), problem) != before.end()) {
+            continue;
+        }
+        if (++count <= PROBLEMS_SHOWN) {
+            text += fmt::format("    {}\n", problem);
+        }
+    }
+    if (count > PROBLEMS_SHOWN) {
+        text += fmt::format("    and {} more\n", count - PROBLEMS_SHOWN);
+    }
+    return text;
+}
+
 } // namespace
+
+std::string State::sync_routing()
+{
+    routing.sync();
+    const std::vector<std::string> before = std::exchange(told_problems, routing.problems());
+    return new_problems(before, told_problems);
+}
 
 Scene State::scene() const
 {
     Scene scene{hardware};
     name_interfaces(*this, scene);
     scene.router_macs = layer.router_macs();
+    scene.routing = &routing;
+    scene.packet = packet ? &*packet : nullptr;
     if (!config) {
         return scene;
     }
@@ -188,6 +221,7 @@ Outcome State::finish(const std::string &command, std::vector<Step> steps)
     if (const std::string call = last.silent_refusal(); !call.empty()) {
         outcome.shown += fmt::format("    {}\n", call);
     }
+    outcome.shown += sync_routing();
     if (!hardware.state_error().empty()) {
         throw Impossible(hardware.state_error());
     }

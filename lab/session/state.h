@@ -9,10 +9,13 @@
 
 #include "config/description.h"
 #include "l3lif/layer.h"
+#include "packet/explanation.h"
+#include "routing/routing.h"
 #include "session/last_request.h"
 #include "session/scene.h"
 #include "session/table.h"
 
+#include "chip/pipeline/pipeline.h"
 #include "switch.h"
 
 #include <cstdint>
@@ -42,9 +45,15 @@ struct State {
     std::filesystem::path folder = {};    ///< what relative paths of files start from
     Width width = 0;                      ///< of the terminal; 0 for none
     l3lif::Layer layer{hardware};
+    simswitch::chip::pipeline::Pipeline pipeline{hardware.chip};
+    routing::Routing routing{hardware, layer, pipeline.l2()};
     std::optional<config::Description> config = {}; ///< once one is up
     LastRequest last = {};
+    std::optional<packet::Explanation> packet = {}; ///< the last packet, once there was one
+    bool tells_packets = false;          ///< `packet` shows the whole trace, not its end alone
+    bool colour = false;                 ///< what is shown goes to a terminal that wants colours
     std::vector<std::string> notes = {}; ///< what the start has to say, until it is told
+    std::vector<std::string> told_problems = {}; ///< what the routes lack, as far as it was told
 
     /** The switch with the names of its numbers, as it is now. */
     Scene scene() const;
@@ -60,7 +69,14 @@ struct State {
     std::uint32_t ifindex(std::string_view name) const;
     /** A VLAN of the configuration, by number or name. @throws UsageError for an unknown one */
     std::uint16_t vlan(std::string_view word) const;
-    /** Keeps what a command asked as the last request, and tells how it went. */
+    /**
+     * Brings the routes in line with the interfaces.
+     *
+     * @return the problems that weren't there before, a line each
+     */
+    std::string sync_routing();
+    /** Keeps what a command asked as the last request, brings the routes in line with what it did,
+     * and tells how it went. */
     Outcome finish(const std::string &command, std::vector<Step> steps);
 };
 

@@ -39,6 +39,7 @@ struct Table {
     std::vector<Row> rows;
     /** Names that may stand as a key though no row has them, e.g. those of all interfaces. */
     std::vector<std::string> known_keys;
+    bool single = false; ///< it has one row at most, which needs no key
 
     /** The place of a column by its field; nothing for an unknown one. */
     std::optional<std::size_t> column(std::string_view field) const;

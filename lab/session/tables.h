@@ -3,8 +3,9 @@
  * beside each number that is one's.
  *
  * l3_tables.cpp has interfaces, numbers, ingress objects, next hops and VXLAN ports;
+ * routing_tables.cpp routes and neighbours;
  * l2_tables.cpp ports, trunks, VLANs, stations, translations; rule_tables.cpp
- * the field processor and the chip's controls.
+ * the field processor and the chip's controls; packet_table.cpp the last packet.
  */
 #pragma once
 
@@ -35,6 +36,7 @@ Table iif_table(const Scene &scene);
 Table ingress_table(const Scene &scene);
 Table egress_table(const Scene &scene);
 Table route_table(const Scene &scene);
+Table neighbor_table(const Scene &scene);
 Table port_table(const Scene &scene);
 Table trunk_table(const Scene &scene);
 Table vlan_table(const Scene &scene);
@@ -44,6 +46,7 @@ Table vxlan_table(const Scene &scene);
 Table field_group_table(const Scene &scene);
 Table field_entry_table(const Scene &scene);
 Table switch_table(const Scene &scene);
+Table packet_table(const Scene &scene);
 
 // How cells are written.
 std::string hex(std::uint32_t value);

@@ -20,7 +20,9 @@ namespace
 {
 
 constexpr std::array VERBS = {
-    Verb{"up", "up FILE", "reads a configuration and brings all of it up", 1, 1, run_up},
+    Verb{"up", "up FILE [open]",
+         "reads a configuration and brings all of it up, with open the families of its addresses",
+         1, 2, run_up},
     Verb{"add", "add NAME", "brings an interface up; one that is up is programmed again in place",
          1, 1, run_add},
     Verb{"del", "del NAME [keep]",
@@ -35,6 +37,11 @@ constexpr std::array VERBS = {
          run_vmac},
     Verb{"pvlan", "pvlan add|del VLAN VLAN", "makes or ends a private-VLAN pair, the primary first",
          3, 3, run_pvlan},
+    Verb{"neighbor", "neighbor add INTERFACE ADDRESS MAC [PORT] | del INTERFACE ADDRESS",
+         "makes a host known, or forgets it", 3, 5, run_neighbor},
+    Verb{"route",
+         "route add PREFIX [vrf VRF] via NEXT-HOP … | blackhole; route del PREFIX [vrf VRF]",
+         "adds or removes a static route", 2, ANY_NUMBER, run_route},
     Verb{"drop", "drop add|del PORT",
          "drops what isn't L3-routable on a port; the library lets none go again", 2, 2, run_drop},
     Verb{"member-port", "member-port NAME [clear]",
@@ -46,6 +53,9 @@ constexpr std::array VERBS = {
         "dump", "dump [NAME]",
         "prints a port's virtual MACs, or the tables of interface numbers, as the library has them",
         0, 1, run_dump},
+    Verb{"packet", "packet --in PORT --ip SRC DST …",
+         "traces a packet, and tells where it goes; docs/packets.md has the options", 1, ANY_NUMBER,
+         run_packet},
     Verb{"fail", "fail FUNCTION [N|always] CODE | fail off",
          "makes the next, the N-th or each call of a function of the platform fail", 1, 3,
          run_fail},

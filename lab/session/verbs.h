@@ -3,8 +3,8 @@
  * the functions that do them.
  *
  * interface_verbs.cpp has those on interfaces, address_verbs.cpp router MACs,
- * virtual MACs and private-VLAN pairs, port_verbs.cpp and vxlan_verbs.cpp the
- * drop rule, member ports, dumps and VXLAN ports, session_verbs.cpp all others.
+ * virtual MACs and private-VLAN pairs, routing_verbs.cpp hosts and routes, port_verbs.cpp and
+ * vxlan_verbs.cpp the drop rule, member ports, dumps and VXLAN ports, session_verbs.cpp all others.
  */
 #pragma once
 
@@ -60,6 +60,11 @@ Outcome run_drop(State &state, const Words &words);
 Outcome run_member_port(State &state, const Words &words);
 Outcome run_vxlan(State &state, const Words &words);
 Outcome run_dump(State &state, const Words &words);
+// On hosts and routes.
+Outcome run_neighbor(State &state, const Words &words);
+Outcome run_route(State &state, const Words &words);
+// Packets.
+Outcome run_packet(State &state, const Words &words);
 // All others; run_expect throws Unmet too.
 Outcome run_ipv6(State &state, const Words &words);
 Outcome run_fail(State &state, const Words &words);
@@ -71,6 +76,12 @@ Outcome run_help(State &state, const Words &words);
 
 /** The words before the values behind `vxlan add NAME`. */
 std::vector<std::string> vxlan_keys();
+
+/** The last packet with its trace, as `show packet` has it. */
+std::string packet_text(const State &state);
+
+/** The words that may follow those behind `packet`. */
+std::vector<std::string> packet_continuations(const Words &words, const State &state);
 
 /** The words behind `show`. */
 std::vector<std::string> show_names();

@@ -3,11 +3,10 @@
  */
 #include "session/words.h"
 
+#include "config/shown.h"
 #include "session/errors.h"
 
 #include <fmt/format.h>
-
-#include <cstdint>
 
 namespace lab::session
 {
@@ -24,75 +23,19 @@ bool is_blank(char c)
     return c == ' ' || c == '\t';
 }
 
-/** Code points that steer a terminal, tabs apart. */
-bool is_control(std::uint32_t point)
-{
-    return (point < 0x20 && point != '\t') || (point >= 0x7f && point <= 0x9f);
-}
-
-/** Code points that change the order in which others are shown. */
-bool is_direction(std::uint32_t point)
-{
-    return (point >= 0x200e && point <= 0x200f) || (point >= 0x2028 && point <= 0x202e) ||
-           (point >= 0x2066 && point <= 0x2069);
-}
-
-/** How many bytes a sequence has that begins with this one; 0 for none that may begin one. */
-std::size_t sequence_length(unsigned char first)
-{
-    if (first < 0x80) {
-        return 1;
-    }
-    if (first >= 0xc2 && first <= 0xdf) {
-        return 2;
-    }
-    if (first >= 0xe0 && first <= 0xef) {
-        return 3;
-    }
-    return first >= 0xf0 && first <= 0xf4 ? 4 : 0;
-}
-
-/** The code point at a place; its length becomes 0 when the bytes are no UTF-8. */
-std::uint32_t code_point(std::string_view text, std::size_t at, std::size_t &length)
-{
-    static constexpr std::uint32_t LOWEST[] = {0, 0, 0x80, 0x800, 0x10000};
-    const auto first = static_cast<unsigned char>(text[at]);
-    length = sequence_length(first);
-    if (length == 0 || at + length > text.size()) {
-        length = 0;
-        return first;
-    }
-    std::uint32_t point = length == 1 ? first : first & (0x7fU >> length);
-    for (std::size_t i = 1; i < length; ++i) {
-        const auto byte = static_cast<unsigned char>(text[at + i]);
-        if ((byte & 0xc0U) != 0x80) {
-            length = 0;
-            return first;
-        }
-        point = point << 6 | (byte & 0x3fU);
-    }
-    const bool surrogate = point >= 0xd800 && point <= 0xdfff;
-    if (point < LOWEST[length] || point > 0x10ffff || surrogate) {
-        length = 0;
-        return first;
-    }
-    return point;
-}
-
 void check_bytes(std::string_view line)
 {
     for (std::size_t at = 0; at < line.size();) {
-        std::size_t length = 0;
-        const std::uint32_t point = code_point(line, at, length);
-        if (length == 0) {
+        const config::Character next = config::character_at(line, at);
+        if (next.length == 0) {
             throw UsageError(fmt::format("byte {:#04x} in column {} is no UTF-8: only text is read",
-                                         point, at + 1));
+                                         next.point, at + 1));
         }
-        if (is_control(point) || is_direction(point)) {
+        if (!next.is_harmless) {
             throw UsageError(fmt::format(
-                "column {} holds the control character U+{:04X}: take it out", at + 1, point));
+                "column {} holds the control character U+{:04X}: take it out", at + 1, next.point));
         }
-        at += length;
+        at += next.length;
     }
 }
 
@@ -182,15 +125,7 @@ Unfinished split_unfinished(std::string_view line)
 
 bool can_be_shown(std::string_view text)
 {
-    for (std::size_t at = 0; at < text.size();) {
-        std::size_t length = 0;
-        const std::uint32_t point = code_point(text, at, length);
-        if (length == 0 || is_control(point) || is_direction(point)) {
-            return false;
-        }
-        at += length;
-    }
-    return true;
+    return config::can_be_shown(text);
 }
 
 std::string as_written(std::string_view word)

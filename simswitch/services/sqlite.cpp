@@ -3,6 +3,7 @@
  */
 #include "services/sqlite.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fmt/format.h>
 #include <sqlite3.h>
@@ -101,11 +102,19 @@ void Database::run(const std::string &statements)
     }
 }
 
+std::string printable(std::string_view text)
+{
+    std::string shown(text);
+    std::replace_if(
+        shown.begin(), shown.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+    return shown;
+}
+
 Error Database::error(std::string_view what) const
 {
     const int code = sqlite3_errcode(handle()) & 0xff;
     const int cause = errno;
-    std::string text = fmt::format("{}: {}: {}", name_, what, sqlite3_errmsg(handle()));
+    std::string text = fmt::format("{}: {}: {}", name_, what, printable(sqlite3_errmsg(handle())));
     if ((code == SQLITE_IOERR || code == SQLITE_CANTOPEN) && cause != 0) {
         text += fmt::format(" ({})", std::generic_category().message(cause));
     }

@@ -32,6 +32,9 @@ public:
     bool is_damage;
 };
 
+/** What a damaged file says, for a message: in one line, what isn't printable ASCII as "?". */
+std::string printable(std::string_view text);
+
 /** A database. All its functions throw Error. */
 class Database
 {

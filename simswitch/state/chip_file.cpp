@@ -63,7 +63,7 @@ struct ChipFile::Open {
 void ChipFile::Open::check_meta()
 {
     const std::string asked = chip_name(chip.kind());
-    const std::string found = file.meta("chip");
+    const std::string found = sqlite::printable(file.meta("chip"));
     if (found != asked) {
         const std::string text =
             fmt::format("{}: holds the state of a {}, and a {} was asked for; ask for a {}, or "
@@ -77,7 +77,7 @@ void ChipFile::Open::check_meta()
         throw Error(text);
     }
     for (const auto &[name, field] : chip::limit_fields()) {
-        const std::string size = file.meta(name);
+        const std::string size = sqlite::printable(file.meta(name));
         if (size != std::to_string(chip.limits().*field)) {
             throw Error(fmt::format("{}: its chip was made with {} = {}, and {} was asked for; ask "
                                     "for {}, or name another folder",

@@ -122,7 +122,8 @@ void File::check(const std::vector<std::string> &tables)
         throw Error(fmt::format("{}: was made by another version of the switch (version {} of the "
                                 "tables, this one has {}); use that one, or remove the folder to "
                                 "begin with an empty switch",
-                                folder_->file(which_).string(), version, version_));
+                                folder_->file(which_).string(), sqlite::printable(version),
+                                version_));
     }
     if (found != tables) {
         throw damaged("its tables are not those that were made");
@@ -138,7 +139,7 @@ void File::check_integrity()
     auto select = prepare("PRAGMA integrity_check(1)");
     const std::string answer = select.step() ? select.text(0) : "no answer";
     if (answer != "ok") {
-        throw damaged(answer);
+        throw damaged(sqlite::printable(answer));
     }
 }
 

@@ -118,7 +118,8 @@ int take_lock(const fs::path &path)
         close(number);
         throw Error(fmt::format("{}: in use by process {}; wait until it has ended, or name "
                                 "another folder",
-                                path.string(), holder.empty() ? "unknown" : holder));
+                                path.string(),
+                                holder.empty() ? "unknown" : services::sqlite::printable(holder)));
     }
     const std::string name = own_name();
     if (ftruncate(number, 0) != 0 || !put(number, name, 0)) {

@@ -72,12 +72,6 @@ TEST(UnusableFile, OtherTablesMayBeOfAnyKind)
     EXPECT_EQ(unusable(R"({"CONFIG_DB_INITIALIZED": "1", "QUEUE": [1, {"a": []}]})"), "");
 }
 
-TEST(UnusableFile, DeepNestingIsRead)
-{
-    const std::string deep = "{\"A\": " + std::string(100000, '[') + std::string(100000, ']') + "}";
-    EXPECT_EQ(unusable(deep), "");
-}
-
 TEST(UnusableFile, MissingFile)
 {
     try {

@@ -60,7 +60,7 @@ TEST_P(SessionDocuments, TheScriptsOfThePageRun)
         script += text.substr(at, text.find("```", at) - at);
         ++blocks;
     }
-    EXPECT_EQ(blocks, 5);
+    EXPECT_EQ(blocks, 6);
     expect_done(script, RTIFHAL_SOURCE_DIR);
 }
 

@@ -78,7 +78,7 @@ TEST_F(SessionExpect, ARowIsThereOrNot)
 
 TEST_F(SessionExpect, RowsAreCounted)
 {
-    expect_met({"interface count = 7", "xlate count = 2", "route count = 0",
+    expect_met({"interface count = 7", "xlate count = 2", "vxlan count = 0",
                 "xlate PortChannel0001.20 count = 1", "station 02:00:00:00:0a:01 count = 1",
                 "station 02:00:00:00:0b:01 count = 0", "station count != 2"});
     EXPECT_EQ(problem("expect station count = 2"), "unmet: expected station count = 2 seen 1");

@@ -39,7 +39,7 @@ TEST_F(SessionVerbs, ArgumentsAreCounted)
 {
     EXPECT_EQ(problem("set Ethernet0 vrf"), "usage: missing arguments: set NAME PROPERTY VALUE");
     EXPECT_EQ(problem("save now"), "usage: too many arguments: save");
-    EXPECT_EQ(problem("up"), "usage: missing arguments: up FILE");
+    EXPECT_EQ(problem("up"), "usage: missing arguments: up FILE [open]");
 }
 
 TEST_F(SessionVerbs, Ipv6OfTheSwitchIsSwitched)
@@ -128,8 +128,8 @@ TEST_F(SessionVerbs, EachTableIsShown)
               "PortChannel0001    20      4094    8  PortChannel0001.20\n");
     EXPECT_EQ(problem("show port"),
               "usage: unknown table 'port': did you mean 'ports'? (known: calls, interfaces, "
-              "stations, vlans, ports, trunks, iif, xlate, ingress, egress, routes, vxlan, "
-              "field, switch)");
+              "stations, vlans, ports, trunks, iif, xlate, ingress, egress, routes, neighbors, "
+              "vxlan, field, switch, packet)");
 }
 
 TEST_F(SessionVerbs, AKeyPicksRows)

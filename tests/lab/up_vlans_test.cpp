@@ -184,7 +184,7 @@ TEST_P(UpVlans, ExampleOfTheDocumentComesUp)
 {
     std::vector<std::string> examples = json_blocks(source_file("docs/config.md"));
     std::erase_if(examples, [](const std::string &block) {
-        return block.find("\"VLAN_INTERFACE\"") == std::string::npos;
+        return block.find("\"PVLAN\"") == std::string::npos;
     });
     ASSERT_EQ(examples.size(), 1U);
     EXPECT_EQ(run_json(hardware, examples[0], {.then_down = true}), 0) << text;
@@ -193,6 +193,18 @@ TEST_P(UpVlans, ExampleOfTheDocumentComesUp)
     EXPECT_EQ(object["virtual_macs"].size(), 4U);
     EXPECT_EQ(object["virtual_macs"][1]["mirrored"].size(), 2U);
     EXPECT_EQ(object["private_vlan_pairs"][1]["iif"], object["interfaces"][1]["iif"]);
+}
+
+TEST_P(UpVlans, ExampleOfRoutesIsTakenWhole)
+{
+    std::vector<std::string> examples = json_blocks(source_file("docs/config.md"));
+    std::erase_if(examples, [](const std::string &block) {
+        return block.find("\"STATIC_ROUTE\"") == std::string::npos;
+    });
+    ASSERT_EQ(examples.size(), 1U);
+    EXPECT_EQ(run_json(hardware, examples[0], {.then_down = true}), 0) << text;
+    EXPECT_EQ(object["skipped"], json::array());
+    EXPECT_EQ(object["totals"]["up"], 3);
 }
 
 TEST_P(UpVlans, VlanOneIsLeftAsItWas)

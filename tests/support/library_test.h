@@ -7,6 +7,8 @@
  */
 #pragma once
 
+#include "support/load_time_state.h"
+
 #include "switch.h"
 
 #include "rtifhal_trident.h"
@@ -37,9 +39,6 @@ std::ostream &operator<<(std::ostream &stream, const Message &message);
 Message trace(std::string function, std::string text);
 /** An error report, level 102. */
 Message report(std::string function, std::string text);
-
-/** Puts all of the library's data, private data included, into its load-time state. */
-void reset_library();
 
 /**
  * A test with a switch of its own. `start()` begins the stretch that calls(),
