@@ -28,7 +28,8 @@ public:
      */
     TextTable(std::vector<Column> columns, std::size_t coloured);
 
-    /** Adds a line. @param cells  as many as there are columns; shown such that none stirs a terminal */
+    /** Adds a line. @param cells  as many as there are columns; shown such that none stirs a
+     * terminal */
     void add(std::vector<std::string> cells);
     /** The titles as a line, without blanks and a line end at its end. */
     std::string titles() const;
