@@ -7,6 +7,7 @@
 #include "cpu/upper_layer.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -66,7 +67,8 @@ Bytes message_of(const Received &in, const Kind &kind, int mtu)
     }
     const auto packet = in.packet();
     const auto quoted = packet.first(std::min(packet.size(), ip6 ? QUOTED6 : QUOTED));
-    message.insert(message.end(), quoted.begin(), quoted.end());
+    message.resize(ICMP_HEADER + quoted.size());
+    std::copy(quoted.begin(), quoted.end(), std::next(message.begin(), ICMP_HEADER));
     return message;
 }
 
