@@ -114,12 +114,17 @@ bool is_word(char c)
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
 }
 
-void replace_all(std::string &text, std::string_view from, std::string_view to)
+/** A text with each `from`, which isn't empty, made a `to`. */
+std::string with_all_replaced(std::string_view text, std::string_view from, std::string_view to)
 {
-    for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at)) {
-        text.replace(at, from.size(), to);
-        at += to.size();
+    std::string out;
+    std::size_t begin = 0;
+    for (std::size_t at = text.find(from); at != std::string_view::npos;
+         at = text.find(from, begin)) {
+        out.append(text, begin, at - begin).append(to);
+        begin = at + from.size();
     }
+    return out.append(text, begin);
 }
 
 /** What is gone (first) and what was added (second), by object. */
@@ -185,7 +190,7 @@ std::string without_numbers(std::string_view message)
 {
     std::string text(message);
     for (const int code : ALL_CODES) {
-        replace_all(text, _shr_errmsg[-code], "E");
+        text = with_all_replaced(text, _shr_errmsg[-code], "E");
     }
     std::string out;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -199,8 +204,7 @@ std::string without_numbers(std::string_view message)
             ++i;
         }
     }
-    replace_all(out, "-N", "N");
-    return out;
+    return with_all_replaced(out, "-N", "N");
 }
 
 } // namespace lab::faults
