@@ -13,7 +13,10 @@
 #include <fmt/ostream.h>
 
 #include <fstream>
+#include <functional>
 #include <iostream>
+#include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -66,7 +69,7 @@ public:
     int run(std::istream &in)
     {
         session::LineReader reader(in, session::LINE_MAX_BYTES);
-        bool goes_on = true;
+        bool goes_on = begin();
         while (goes_on) {
             auto line = reader.next();
             if (!line) {
@@ -75,21 +78,52 @@ public:
             if (line->number == 1 && line->text.starts_with(BYTE_ORDER_MARK)) {
                 line->text.erase(0, BYTE_ORDER_MARK.size());
             }
+            line->number += first_;
             goes_on = step(*line);
         }
         tell_refusal();
         return code_;
     }
 
+    /** The script goes on behind a restart. */
+    void come_after(const Restarted &restarted)
+    {
+        restarted_ = restarted;
+        first_ = restarted.line;
+        code_ = restarted.code;
+    }
+    /** What the next process is told, where the script has ended in a restart. */
+    const std::optional<Restarted> &next() const { return next_; }
+
 private:
+    /** What a restart before the first line comes to; false when the script ends with it. */
+    bool begin()
+    {
+        return !restarted_ || done({restarted_->line,
+                                    fmt::format("restart {}", l3lif::mode_name(restarted_->mode))},
+                                   [this] { return session_.restart(restarted_->mode); });
+    }
+
     /** Does a line; false when it is the last one. */
     bool step(const session::Line &line)
     {
-        try {
+        return done(line, [this, &line] {
             if (line.is_beyond) {
                 throw session::UsageError(std::string(session::SCRIPT_TOO_LONG));
             }
-            const session::Outcome outcome = session_.execute(line.text);
+            return session_.execute(line.text);
+        });
+    }
+
+    bool done(const session::Line &line, const std::function<session::Outcome()> &work)
+    {
+        try {
+            const session::Outcome outcome = work();
+            if (outcome.restart) {
+                tell_refusal();
+                next_ = {*outcome.restart, line.number, code_, name_, {}};
+                return false;
+            }
             keep_book(line, outcome);
             tell(line, outcome);
             return !outcome.quit;
@@ -157,18 +191,61 @@ private:
     std::string name_;
     bool quiet_;
     const Terminal &terminal_;
+    std::optional<Restarted> restarted_ = {}; ///< where the script goes on
+    std::optional<Restarted> next_ = {};
+    std::size_t first_ = 0; ///< lines before the first one
     int code_ = EXIT_DONE;
     session::Line refused_ = {};    ///< a refusal that no expectation has accepted yet; 0: none
     session::Outcome refusal_ = {}; ///< what it came to
 };
 
+/** Runs a script, or what is behind a restart in it, up to its end or the next restart. */
+int run_process(const RunOptions &options, std::istream &in, const Terminal &terminal,
+                std::optional<Restarted> &next)
+{
+    simswitch::Switch hardware({.chip = options.chip, .state_dir = options.state_dir});
+    const std::string name = options.restarted       ? options.restarted->name
+                             : options.script == "-" ? "standard input"
+                                                     : options.script;
+    // Files stand beside the script that names them, wherever it is run.
+    const auto folder = options.restarted ? options.restarted->folder
+                        : options.script == "-"
+                            ? std::filesystem::path()
+                            : std::filesystem::path(options.script).parent_path();
+    const auto session =
+        options.restarted ? session::Session::after_restart(hardware, options.state_dir, folder)
+                          : std::make_unique<session::Session>(hardware, options.state_dir, folder);
+    session->allow_restart();
+    Script script(*session, name, options.quiet, terminal);
+    if (options.restarted) {
+        script.come_after(*options.restarted);
+    }
+    const int code = script.run(in);
+    next = script.next();
+    if (next) {
+        next->folder = folder;
+    }
+    return code;
+}
+
+int run_up_to_restart(const RunOptions &options, std::istream &in, const Terminal &terminal)
+{
+    std::optional<Restarted> next;
+    const int code = run_process(options, in, terminal, next);
+    if (next) {
+        terminal.out << std::flush;
+        terminal.err << std::flush;
+        go_on_in_another_process(options, *next, in);
+    }
+    return code;
+}
+
 } // namespace
 
 int run_script(const RunOptions &options, const Terminal &terminal)
 {
-    simswitch::Switch hardware({.chip = options.chip, .state_dir = options.state_dir});
     if (options.script == "-") {
-        return run_script_on(hardware, options, std::cin, "standard input", terminal);
+        return run_up_to_restart(options, std::cin, terminal);
     }
     std::error_code error;
     if (std::filesystem::is_directory(options.script, error)) {
@@ -178,13 +255,12 @@ int run_script(const RunOptions &options, const Terminal &terminal)
     if (!in) {
         throw std::runtime_error(options.script + ": the script can't be opened");
     }
-    return run_script_on(hardware, options, in, options.script, terminal);
+    return run_up_to_restart(options, in, terminal);
 }
 
 int run_script_on(simswitch::Switch &hardware, const RunOptions &options, std::istream &in,
                   const std::string &name, const Terminal &terminal)
 {
-    // Files stand beside the script that names them, wherever it is run.
     const auto folder = options.script == "-" ? std::filesystem::path()
                                               : std::filesystem::path(options.script).parent_path();
     session::Session session(hardware, options.state_dir, folder);

@@ -5,11 +5,13 @@
 #pragma once
 
 #include "commands/command_line.h"
+#include "commands/restarted.h"
 
 #include "switch.h"
 
 #include <filesystem>
 #include <iosfwd>
+#include <optional>
 #include <string>
 
 namespace lab::commands
@@ -21,6 +23,8 @@ struct RunOptions {
     simswitch::chip::Kind chip = simswitch::chip::Kind::trident;
     std::filesystem::path state_dir = {}; ///< folder of chip and store; empty: in memory
     bool quiet = false;                   ///< only failures are told
+    /** The process comes after a `restart` in the script; restarted.h. */
+    std::optional<Restarted> restarted = {};
 };
 
 /**
@@ -31,6 +35,9 @@ struct RunOptions {
  * failure unless an expectation on its code or messages is met before the next
  * command asks the library for something.
  *
+ * A `restart` ends the process: the rest of the script is run by the next one, which takes its
+ * place.
+ *
  * @return EXIT_DONE; EXIT_REFUSED for an expectation that isn't met, a command
  *         that can't be done, a refusal that no expectation accepts, a script that
  *         can't be read; EXIT_USAGE for a line that makes no sense
@@ -39,7 +46,7 @@ struct RunOptions {
 int run_script(const RunOptions &options, const Terminal &terminal);
 
 /**
- * The same on a switch that is there already.
+ * The same on a switch that is there already, without restarts.
  *
  * @param in    the script
  * @param name  of the script, for messages

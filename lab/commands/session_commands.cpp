@@ -67,6 +67,7 @@ Command add_run(CLI::App &app)
 {
     struct Parsed : SwitchWords {
         RunOptions options;
+        std::string restarted = {};
     };
     const auto parsed = std::make_shared<Parsed>();
     CLI::App *run = app.add_subcommand(
@@ -76,12 +77,17 @@ Command add_run(CLI::App &app)
         ->type_name("SCRIPT");
     add_switch_options(*run, *parsed);
     run->add_flag("--quiet", parsed->options.quiet, "Prints failures only");
+    // Only a process that takes the place of another one has it.
+    run->add_option("--restarted", parsed->restarted)->group("");
     run->footer("Exit codes: 0 done, 1 an expectation that isn't met, a command that can't be\n"
                 "done, or a refusal that no expectation accepts, 2 a line that makes no sense.");
     return {run, [parsed](const Terminal &terminal) {
                 RunOptions options = parsed->options;
                 options.chip = chip_kinds().at(parsed->chip);
                 options.state_dir = parsed->state_dir;
+                if (!parsed->restarted.empty()) {
+                    options.restarted = Restarted::parse(parsed->restarted);
+                }
                 return run_script(options, terminal);
             }};
 }

@@ -102,6 +102,11 @@ struct RestartResult {
 RestartResult restart(simswitch::Switch &hardware, Layer &layer, RestartMode mode,
                       const config::Description *config = nullptr);
 
+/** What the restore reports of a subinterface that is stored under its port-channel's ifindex. */
+inline constexpr std::string_view NO_MEMBERS = "Error - PC tree empty ";
+/** The request of a completion whose code is a station. */
+inline constexpr std::string_view ADD_ROUTER_MAC = "add the router MAC";
+
 /** A request that was made after a restore. */
 struct LateRequest {
     std::string asked;

@@ -27,8 +27,6 @@ namespace
 
 using simswitch::services::StoredInterface;
 
-constexpr std::string_view NO_MEMBERS = "Error - PC tree empty ";
-
 /** The work of one completion. */
 class Completer
 {
@@ -191,7 +189,7 @@ void Completer::set_up_switch()
     if (layer_.router_macs().empty()) {
         const Request &request = layer_.add_router_mac(config_.device_mac);
         done_.requests.push_back(
-            {"add the router MAC", request, request.code == Layer::NO_STATION});
+            {std::string(ADD_ROUTER_MAC), request, request.code == Layer::NO_STATION});
     }
     for (VlanPlan &plan : vlan_plans_of(config_)) {
         if (layer_.l2().find(plan.vlan) == nullptr) {

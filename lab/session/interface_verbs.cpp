@@ -5,6 +5,7 @@
 #include "session/verbs.h"
 
 #include "config/reader.h"
+#include "config/shown.h"
 #include "l3lif/bring_up.h"
 #include "l3lif/families.h"
 #include "l3lif/plans.h"
@@ -27,7 +28,13 @@ namespace lab::session
 namespace
 {
 
-/** What came up, in a few words. */
+bool is_label(const Property &property)
+{
+    return property.store == nullptr;
+}
+
+} // namespace
+
 std::string count_up(const Scene &scene)
 {
     std::size_t up = 0;
@@ -36,13 +43,6 @@ std::string count_up(const Scene &scene)
     }
     return fmt::format("{} of {} up", up, report::counted(scene.interfaces.size(), "interface"));
 }
-
-bool is_label(const Property &property)
-{
-    return property.store == nullptr;
-}
-
-} // namespace
 
 Outcome run_up(State &state, const Words &words)
 {
@@ -85,10 +85,10 @@ Outcome run_up(State &state, const Words &words)
         outcome.summary += fmt::format(", {} not taken", report::counted(skipped, "row"));
     }
     for (const auto &row : state.config->skipped) {
-        outcome.shown += fmt::format("    {}\n", state.config->message(row));
+        outcome.shown += fmt::format("    {}\n", config::harmless(state.config->message(row)));
     }
     for (const auto &note : notes) {
-        outcome.shown += fmt::format("    {}\n", note);
+        outcome.shown += fmt::format("    {}\n", config::harmless(note));
     }
     return outcome;
 }

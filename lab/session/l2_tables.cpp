@@ -4,6 +4,7 @@
 #include "session/tables.h"
 
 #include "rtifhal_data.h"
+#include "sdk/convert.h"
 #include "services/ifindex.h"
 #include "services/tree.h"
 
@@ -173,7 +174,10 @@ Table vlan_table(const Scene &scene)
                  {"KMC", false, false},
                  {"UMC", false, false},
                  {"UUC", false, false},
-                 {"BC", false, false}},
+                 {"BC", false, false},
+                 {"COUNTED", false, false},
+                 {"SVI", true, false},
+                 {"L2", true, false}},
                 {},
                 {}};
     for (const auto &[number, name] : scene.vlans) {
@@ -182,13 +186,16 @@ Table vlan_table(const Scene &scene)
     for (const auto &[number, vlan] : scene.hardware.chip.vlans.all()) {
         const std::string name = Scene::name(scene.vlans, number);
         const chip::VlanControls &controls = vlan.controls;
+        const rtifhal_vlan_type_count_entry_t &uses = rtifhal_vlan_type_count[number];
         Row row{{fmt::to_string(number)},
                 {fmt::to_string(number), name, fmt::to_string(vlan.stg), port_list(vlan.members),
                  port_list(vlan.untagged), scene.iif_text(static_cast<int>(controls.ingress_if)),
                  fmt::to_string(controls.vrf), fmt::to_string(controls.urpf_mode),
                  hex(controls.flags), hex(controls.intf_class), fmt::to_string(controls.ingress_if),
                  port_list(vlan.blocks.known_multicast), port_list(vlan.blocks.unknown_multicast),
-                 port_list(vlan.blocks.unknown_unicast), port_list(vlan.blocks.broadcast)}};
+                 port_list(vlan.blocks.unknown_unicast), port_list(vlan.blocks.broadcast),
+                 port_list(simswitch::sdk::to_chip(uses.l3pbmp)), fmt::to_string(uses.svi),
+                 fmt::to_string(uses.l2_vlan)}};
         table.add(std::move(row), name);
     }
     return table;

@@ -31,4 +31,9 @@ Outcome Session::execute(std::string_view line)
     return command.run(state_, arguments);
 }
 
+Outcome Session::restart(l3lif::RestartMode mode)
+{
+    return begin_again(state_, mode);
+}
+
 } // namespace lab::session

@@ -14,6 +14,7 @@
 #include "switch.h"
 
 #include <filesystem>
+#include <memory>
 #include <string_view>
 
 namespace lab::session
@@ -37,6 +38,30 @@ public:
     }
 
     /**
+     * A session in a process that `restart` of an earlier one has led to; restart() comes first.
+     *
+     * @param hardware   just opened on the folder; must outlive this
+     * @param state_dir  its state folder, in which the earlier process has left chip and store
+     * @param folder     what relative paths of files start from
+     */
+    static std::unique_ptr<Session> after_restart(simswitch::Switch &hardware,
+                                                  const std::filesystem::path &state_dir,
+                                                  const std::filesystem::path &folder)
+    {
+        return std::unique_ptr<Session>(new Session(AfterRestart{}, hardware, state_dir, folder));
+    }
+    /**
+     * What the layers above do at the start of such a process, with the configuration in the
+     * folder: restart.h has it, and after a restore what is then brought up.
+     *
+     * @return what it came to
+     * @throws Impossible when the folder can't be used
+     */
+    Outcome restart(l3lif::RestartMode mode);
+    /** From now on `restart` is done, by who looks at its outcome. */
+    void allow_restart() { state_.can_restart = true; }
+
+    /**
      * Does a line.
      *
      * @param line  a command with its arguments, or nothing, or a comment
@@ -56,6 +81,15 @@ public:
     const State &state() const { return state_; }
 
 private:
+    struct AfterRestart {
+    };
+    Session(AfterRestart /*tag*/, simswitch::Switch &hardware,
+            const std::filesystem::path &state_dir, const std::filesystem::path &folder)
+        : state_{hardware, state_dir, folder}
+    {
+        hardware.chip.track_authors();
+    }
+
     State state_;
 };
 

@@ -5,6 +5,7 @@
 #include "session/verbs.h"
 
 #include "config/names.h"
+#include "config/shown.h"
 #include "session/comparison.h"
 #include "session/errors.h"
 #include "session/expect.h"
@@ -218,10 +219,10 @@ Outcome run_save(State &state, const Words & /*words*/)
     const auto report = state.hardware.wrappers.flush();
     const std::size_t interfaces = state.hardware.store.stored_interfaces().size();
     const bool global = state.hardware.store.global_config().has_value();
-    Outcome outcome{fmt::format("{} written out; {} holds {}{}",
-                                report::counted(waiting, "waiting write"), state.state_dir.string(),
-                                report::counted(interfaces, "interface"),
-                                global ? " and the global configuration" : "")};
+    Outcome outcome{fmt::format(
+        "{} written out; {} holds {}{}", report::counted(waiting, "waiting write"),
+        config::harmless(state.state_dir.string()), report::counted(interfaces, "interface"),
+        global ? " and the global configuration" : "")};
     if (report.refused != 0) {
         outcome.refused = true;
         outcome.shown = fmt::format("    {}\n", report.text);

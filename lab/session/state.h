@@ -9,6 +9,7 @@
 
 #include "config/description.h"
 #include "l3lif/layer.h"
+#include "l3lif/restart.h"
 #include "packet/explanation.h"
 #include "routing/routing.h"
 #include "session/last_request.h"
@@ -36,6 +37,8 @@ struct Outcome {
     bool asked = false;     ///< it asked the library for something: a new last request
     bool looked = false;    ///< it looked at the last request's code or messages
     bool quit = false;      ///< the session ends
+    /** The process ends, and another one begins so. */
+    std::optional<l3lif::RestartMode> restart = {};
 };
 
 /** A session's state. */
@@ -50,9 +53,10 @@ struct State {
     std::optional<config::Description> config = {}; ///< once one is up
     LastRequest last = {};
     std::optional<packet::Explanation> packet = {}; ///< the last packet, once there was one
-    bool tells_packets = false;          ///< `packet` shows the whole trace, not its end alone
-    bool colour = false;                 ///< what is shown goes to a terminal that wants colours
-    std::vector<std::string> notes = {}; ///< what the start has to say, until it is told
+    bool can_restart = false;   ///< who runs the session can end its process and begin another
+    bool tells_packets = false; ///< `packet` shows the whole trace, not its end alone
+    bool colour = false;        ///< what is shown goes to a terminal that wants colours
+    std::vector<std::string> notes = {};         ///< what the start has to say, until it is told
     std::vector<std::string> told_problems = {}; ///< what the routes lack, as far as it was told
 
     /** The switch with the names of its numbers, as it is now. */

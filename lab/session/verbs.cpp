@@ -65,6 +65,9 @@ constexpr std::array VERBS = {
          ANY_NUMBER, run_expect},
     Verb{"save", "save", "writes out what waits, and tells what is stored (--state)", 0, 0,
          run_save},
+    Verb{"restart", "restart restore|fast|cold",
+         "ends the process and begins another one on what it leaves (scripts, --state)", 1, 1,
+         run_restart},
     Verb{"help", "help [COMMAND]", "lists the commands, or tells of one", 0, 1, run_help},
     Verb{"quit", "quit", "ends the session", 0, 0, run_quit},
 };

@@ -4,7 +4,8 @@
  *
  * interface_verbs.cpp has those on interfaces, address_verbs.cpp router MACs,
  * virtual MACs and private-VLAN pairs, routing_verbs.cpp hosts and routes, port_verbs.cpp and
- * vxlan_verbs.cpp the drop rule, member ports, dumps and VXLAN ports, session_verbs.cpp all others.
+ * vxlan_verbs.cpp the drop rule, member ports, dumps and VXLAN ports, restart_verbs.cpp the
+ * restart, session_verbs.cpp all others.
  */
 #pragma once
 
@@ -70,6 +71,7 @@ Outcome run_ipv6(State &state, const Words &words);
 Outcome run_fail(State &state, const Words &words);
 Outcome run_show(State &state, const Words &words);
 Outcome run_expect(State &state, const Words &words);
+Outcome run_restart(State &state, const Words &words);
 Outcome run_save(State &state, const Words &words);
 Outcome run_quit(State &state, const Words &words);
 Outcome run_help(State &state, const Words &words);
@@ -94,5 +96,11 @@ bool adds(const Words &words);
 
 /** Whether a word is on (true) or off. @throws UsageError for any other word */
 bool is_on(std::string_view word);
+
+/** How many interfaces are up, in a few words. */
+std::string count_up(const Scene &scene);
+
+/** What `restart` has asked for, in the process that comes after; see Session::restart. */
+Outcome begin_again(State &state, l3lif::RestartMode mode);
 
 } // namespace lab::session
