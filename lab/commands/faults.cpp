@@ -5,6 +5,7 @@
 
 #include "commands/command.h"
 #include "config/reader.h"
+#include "config/shown.h"
 #include "faults/report.h"
 #include "session/errors.h"
 
@@ -123,7 +124,7 @@ Command add_faults(CLI::App &app)
                 try {
                     return faults(options_of(*words, terminal), terminal.out);
                 } catch (const session::UsageError &error) {
-                    terminal.err << error.what() << '\n';
+                    terminal.err << config::harmless_lines(error.what()) << '\n';
                     return EXIT_USAGE;
                 }
             }};

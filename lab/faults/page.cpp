@@ -3,6 +3,7 @@
  */
 #include "faults/page.h"
 
+#include "faults/failing_calls.h"
 #include "faults/row_text.h"
 
 #include <fmt/format.h>
@@ -36,7 +37,7 @@ A heading is a kind of request. Below it, calls whose failure has the same conse
 
 | column | |
 |---|---|
-| call | the platform function, which of its calls in the request (no number: the first), and the first error message, with N for a number and E for the text of an error; [messages.md](messages.md) has all of them |
+| call | the platform function, which of its calls in the request (no number: the first), and the first error message, with N for a number and E for the text of an error; [messages.md](messages.md) has all of them; `malloc` is any allocation |
 | fails | with which codes, and whether only once or from there on for ever; *null*: it gives no record or no memory; a chip's name: on that chip only; in parentheses: only with such requests of that kind |
 | result | what the request returns; *its code*: the code of the call |
 | then | *goes on*: every later call is made all the same; *stops*: none is; *leaves out*: so many of them are not made |
@@ -56,9 +57,12 @@ A heading is a kind of request. Below it, calls whose failure has the same conse
 
 What holds after every one of these failures: the process lives, no memory is written that isn't its own, no number is
 handed out twice, and once the object was deleted and added again the accounting of the library says what the chip's
-VLANs say. Not made to fail: functions that answer with a number or with yes and no, that fill a record, or that give
-something back.
+VLANs say.
 
+## What is never made to fail
+
+| why | functions |
+|---|---|
 )";
 
 std::vector<std::string> cells_of(const std::string &line)
@@ -138,6 +142,11 @@ std::vector<std::string> page_lines(const std::vector<Row> &rows)
 void print_page(const SweepResult &result, std::string_view file, std::ostream &out)
 {
     out << fmt::format(fmt::runtime(BEGIN), file);
+    for (const NeverFail &reason : never_fail()) {
+        out << fmt::format("| {} | `{}`{}{} |\n", reason.why, fmt::join(reason.functions, "`, `"),
+                           reason.pattern.empty() ? "" : ", ", reason.pattern);
+    }
+    out << '\n';
     for (const std::string &line : page_lines(rows_of(result.outcomes))) {
         out << line << '\n';
     }

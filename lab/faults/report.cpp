@@ -3,6 +3,7 @@
  */
 #include "faults/report.h"
 
+#include "config/shown.h"
 #include "faults/row_text.h"
 #include "faults/rows.h"
 #include "report/text.h"
@@ -125,7 +126,7 @@ void print_totals(const SweepResult &result, std::ostream &out)
 
 void print_text(const SweepResult &result, std::string_view file, std::ostream &out)
 {
-    fmt::print(out, "{}\n", file);
+    fmt::print(out, "{}\n", config::harmless(file));
     const auto rows = rows_of(result.outcomes);
     for (auto row = rows.begin(); row != rows.end();) {
         const std::string &kind = row->consequences.kind;

@@ -110,7 +110,7 @@ Step destroy_step()
 std::shared_ptr<fs::path> copy_of(const fs::path &state)
 {
     const fs::path copy = fmt::format("{}-{}", state.string(), getpid());
-    const std::shared_ptr<fs::path> owner(new fs::path(copy), [](const fs::path *path) {
+    std::shared_ptr<fs::path> owner(new fs::path(copy), [](const fs::path *path) {
         std::error_code ignored;
         fs::remove_all(*path, ignored);
         delete path;

@@ -88,6 +88,7 @@ std::string ranges_text(const std::set<std::uint64_t> &places)
 {
     std::vector<std::string> ranges;
     for (auto place = places.begin(); place != places.end();) {
+        // cppcheck-suppress derefInvalidIteratorRedundantCheck ; the loop runs while there is one
         const std::uint64_t first = *place;
         std::uint64_t last = first;
         for (++place; place != places.end() && *place == last + 1; ++place) {

@@ -128,6 +128,7 @@ void widen(Row &row, const Row &by)
 using Placed = std::vector<std::pair<std::size_t, Row>>;
 
 /** Brings rows together that have the same key. */
+// NOLINTNEXTLINE(performance-unnecessary-value-param): it moves its rows on
 template <class Key> Placed merged(Placed rows, Key key)
 {
     std::map<decltype(key(rows.front().second)), std::size_t> known;

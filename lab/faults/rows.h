@@ -17,6 +17,8 @@
 namespace lab::faults
 {
 
+// clang-tidy takes the 0 in a defaulted comparison for a null pointer.
+
 /** The consequences of a failure, in words. */
 struct Consequences {
     std::string kind;   ///< of the request
@@ -25,7 +27,7 @@ struct Consequences {
     std::string again;  ///< "works", "works, but: …", "refused: …"
     std::string broken; ///< what has to hold and doesn't; empty
 
-    auto operator<=>(const Consequences &) const = default;
+    auto operator<=>(const Consequences &) const = default; // NOLINT(modernize-use-nullptr)
 };
 
 /** With which faults they come. */
@@ -35,7 +37,7 @@ struct Faults {
     std::set<int> chips;            ///< the kinds as numbers
     std::set<std::string> variants; ///< of the request; empty: all that there are
 
-    auto operator<=>(const Faults &) const = default;
+    auto operator<=>(const Faults &) const = default; // NOLINT(modernize-use-nullptr)
 };
 
 /** A function, and the first error message when it fails; its numbers are N. */
@@ -43,7 +45,7 @@ struct Said {
     std::string function;
     std::string message; ///< empty for none
 
-    auto operator<=>(const Said &) const = default;
+    auto operator<=>(const Said &) const = default; // NOLINT(modernize-use-nullptr)
 };
 
 /** A row. */

@@ -3,15 +3,16 @@
  */
 #include "faults/run.h"
 
+#include "faults/failing_calls.h"
 #include "faults/holds.h"
 #include "faults/leaks.h"
+#include "faults/lettered.h"
 #include "faults/views.h"
 #include "faults/words.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <iterator>
 #include <map>
@@ -28,45 +29,10 @@ namespace
 
 using simswitch::CallRecord;
 
-// What answers with a number or with yes and no, and what only fills a record or
-// gives something back: none of it fails on any platform.
-constexpr std::array<std::string_view, 17> NEVER_FAIL = {
-    "FWM_FWIM_PVLAN_IS_PRIMARY",
-    "_shr_pbmp_bmnull",
-    "_shr_popcount",
-    "bcm_pd_is_device_trident2",
-    "cmd_prt",
-    "free",
-    "if_index_is_eth_port_channel_intf",
-    "if_index_is_physical_interface",
-    "if_index_is_sub_intf",
-    "if_index_is_tunnel_intf",
-    "l3vm_if_get_context_id",
-    "mtrack_free",
-    "mts_drop",
-    "rtifhal_get_bcm_unit",
-    "rtifhal_if_has_si",
-    "snprintf_if_index",
-    "sysmgr_is_fastboot_restart",
-};
-
-bool can_fail(const CallRecord &record)
-{
-    return !record.function.ends_with("_t_init") && !record.function.starts_with("sdwrap_") &&
-           !record.result.empty() && !std::ranges::binary_search(NEVER_FAIL, record.function);
-}
-
-bool is_code(const CallRecord &record)
-{
-    const std::string &result = record.result;
-    return !result.empty() && !result.starts_with("0x") &&
-           result.find_first_not_of("-0123456789") == std::string::npos;
-}
-
 CleanCall clean_call(const CallRecord &record)
 {
-    return {record.function, record.function + "(" + record.arguments + ")", can_fail(record),
-            is_code(record)};
+    return {std::string(known_name(record)), record.function + "(" + record.arguments + ")",
+            can_fail(record), gives_code(record)};
 }
 
 /** The world in front of the step, in a process that may change it. */
@@ -99,7 +65,7 @@ private:
     World *world_ = nullptr;
 };
 
-// A clean run is handed back as lines: a letter for what it is, then the text.
+// The letters of a clean run's lines.
 constexpr char CALL = 'C';
 constexpr char BEFORE = '<';
 constexpr char AFTER = '>';
@@ -113,7 +79,7 @@ constexpr char ERROR = 'E';
 void add(Lines &lines, char what, const Lines &texts)
 {
     for (const std::string &text : texts) {
-        lines.push_back(what + text);
+        add_lettered(lines, what, text);
     }
 }
 
@@ -155,7 +121,7 @@ void add_consequences(World &world, const Step &step, Lines &lines)
     add(lines, REFUSED, refused);
     add(lines, BROKEN, all_broken(world));
     add(lines, AGAIN, whole_view(world.hardware, world.layer));
-    lines.push_back(fmt::format("{}{}", BLOCKS, world.hardware.heap.live_blocks()));
+    add_lettered(lines, BLOCKS, fmt::to_string(world.hardware.heap.live_blocks()));
 }
 
 Lines clean_lines(const Place &place)
@@ -163,25 +129,21 @@ Lines clean_lines(const Place &place)
     const Ground ground(place);
     World &world = ground.world();
     const Step &step = place.road.steps[place.step];
-    const bool is_whole = place.depth != Depth::calls;
     Lines lines;
-    if (is_whole) {
-        add(lines, BEFORE, whole_view(world.hardware, world.layer));
-    }
+    add(lines, BEFORE, whole_view(world.hardware, world.layer));
     world.hardware.journal.clear();
     const l3lif::Request request = ground.make(step);
     for (const CallRecord &record : world.hardware.journal.records()) {
         if (!record.trace_sink) {
             const CleanCall call = clean_call(record);
-            lines.push_back(fmt::format("{}{}{}{}", CALL, call.can_fail ? 1 : 0,
-                                        call.has_code ? 1 : 0, call.text));
+            add_lettered(
+                lines, CALL,
+                fmt::format("{}{}{}", call.can_fail ? 1 : 0, call.has_code ? 1 : 0, call.text));
         }
     }
-    lines.push_back(fmt::format("{}{}", RESULT, request.code));
+    add_lettered(lines, RESULT, fmt::to_string(request.code));
     add(lines, ERROR, errors_of(request));
-    if (is_whole) {
-        add_consequences(world, step, lines);
-    }
+    add_consequences(world, step, lines);
     return lines;
 }
 
@@ -189,12 +151,13 @@ Clean read_clean(const Lines &lines)
 {
     Clean clean;
     for (const std::string &line : lines) {
-        const std::string text = line.substr(1);
-        switch (line.front()) {
+        const auto [letter, text] = read_lettered(line);
+        switch (letter) {
         case CALL: {
             const std::string call = text.substr(2);
+            const simswitch::CallRecord named{.function = call.substr(0, call.find('('))};
             clean.calls.push_back(
-                {call.substr(0, call.find('(')), call, text[0] == '1', text[1] == '1'});
+                {std::string(known_name(named)), call, text[0] == '1', text[1] == '1'});
             break;
         }
         case BEFORE:
@@ -308,6 +271,35 @@ void make_again(World &world, const Step &step, const Clean &clean, Outcome &out
     add_new(outcome.broken, "added again, ", all_broken(world), clean.broken);
 }
 
+/** Lets a call fail: of a name that several functions share, the one that the clean run has there.
+ */
+void arm(simswitch::Journal &journal, const Clean &clean, const Failing &failing)
+{
+    std::map<std::string, std::uint64_t> seen;
+    std::uint64_t left = failing.place;
+    std::string last;
+    for (const CleanCall &call : clean.calls) {
+        if (left != 0 && call.function == failing.function) {
+            last = call.text.substr(0, call.text.find('('));
+            ++seen[last];
+            --left;
+        }
+    }
+    if (left != 0) {
+        // It isn't made without a failure; the journal then finds that it isn't made with one.
+        last = failing.function;
+        seen[last] = failing.place;
+    }
+    journal.arm(
+        {.function = last, .code = failing.code, .nth = seen[last], .forever = failing.forever});
+    for (const char *other : {"malloc", "calloc"}) {
+        if (failing.forever && failing.function == "malloc" && last != other) {
+            journal.arm(
+                {.function = other, .code = failing.code, .nth = seen[other] + 1, .forever = true});
+        }
+    }
+}
+
 std::string fail_in_process(const Place &place, const Clean &clean, Outcome outcome)
 {
     const Ground ground(place);
@@ -315,10 +307,7 @@ std::string fail_in_process(const Place &place, const Clean &clean, Outcome outc
     const Step &step = place.road.steps[place.step];
     simswitch::Journal &journal = world.hardware.journal;
     journal.clear();
-    journal.arm({.function = outcome.failing.function,
-                 .code = outcome.failing.code,
-                 .nth = outcome.failing.place,
-                 .forever = outcome.failing.forever});
+    arm(journal, clean, outcome.failing);
     const l3lif::Request request = ground.make(step);
     journal.disarm();
     const auto failed = std::ranges::find(journal.records(), "injected", &CallRecord::reason);

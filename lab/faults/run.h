@@ -38,7 +38,6 @@ struct Clean {
 
 /** How much is looked at. */
 enum class Depth : std::uint8_t {
-    calls, ///< the calls alone
     quick, ///< all but lost memory, which the leak checker takes its time to find
     full,
 };

@@ -3,6 +3,8 @@
  */
 #include "faults/sweep.h"
 
+#include "faults/failing_calls.h"
+#include "faults/lettered.h"
 #include "faults/roads.h"
 #include "faults/run.h"
 #include "session/errors.h"
@@ -25,7 +27,7 @@ namespace lab::faults
 namespace
 {
 
-// What a share hands back, line by line: a letter, then the text.
+// The letters of what a share hands back.
 constexpr char OUTCOME = 'O';
 constexpr char LEFT_OUT = 'L';
 constexpr char NAME = 'N';
@@ -62,9 +64,9 @@ public:
 
 private:
     Lines go(Road &road);
-    void take_step(Place place);
+    std::set<std::size_t> chosen_steps(const Road &road, World *world);
+    Lines first_calls(const Road &road, World *world, const std::set<std::size_t> &asked);
     void take_calls(const Place &place, const Clean &clean);
-    bool has_new(const Step &step, const Clean &clean) const;
     void take(const Place &place, const Clean &clean, const Failing &failing);
     bool is_asked(const Step &step) const
     {
@@ -85,11 +87,24 @@ private:
 /** Whether an allocation is a call: the program is linked so that it is. */
 bool sees_allocations(const World &world)
 {
+    // By a pointer: of malloc itself a compiler knows that it changes nothing that the program
+    // sees.
+    void *(*volatile const allocate)(std::size_t) = std::malloc;
     const std::size_t before = world.hardware.heap.live_blocks();
-    void *volatile block = std::malloc(1);
+    void *block = allocate(1);
     const bool is_seen = world.hardware.heap.live_blocks() != before;
     std::free(block);
     return is_seen;
+}
+
+/** Makes a step; the journal has its calls alone. */
+void make_step(const Step &step, World &world)
+{
+    world.hardware.journal.clear();
+    if (step.before) {
+        step.before();
+    }
+    step.make(world);
 }
 
 void Share::tell(const Road &road, std::size_t step) const
@@ -109,68 +124,94 @@ Lines Share::go(Road &road)
             road.prepare(road);
         }
     } catch (const std::runtime_error &obstacle) {
-        return {fmt::format("{}{}: left out, {}", NOTE, road.name, obstacle.what())};
+        add_lettered(lines_, NOTE, fmt::format("{}: left out, {}", road.name, obstacle.what()));
+        return std::move(lines_);
     }
     const std::unique_ptr<World> world = road.from_begin ? nullptr : road.begin();
     if (world != nullptr && sees_allocations(*world)) {
-        lines_.emplace_back(1, ALLOCATIONS);
+        add_lettered(lines_, ALLOCATIONS, "");
     }
+    const std::set<std::size_t> chosen = chosen_steps(road, world.get());
     for (std::size_t i = 0; i < road.steps.size(); ++i) {
         const Step &step = road.steps[i];
         if (step.swept) {
-            lines_.push_back(NAME + step.asked);
-            lines_.push_back(NAME + step.kind);
-            if (is_asked(step)) {
-                tell(road, i);
-                take_step({road, i, world.get(), options_.quick ? Depth::quick : Depth::full});
-            }
+            add_lettered(lines_, NAME, step.asked);
+            add_lettered(lines_, NAME, step.kind);
+        }
+        if (chosen.contains(i)) {
+            tell(road, i);
+            const Place place{road, i, world.get(), options_.quick ? Depth::quick : Depth::full};
+            take_calls(place, run_clean(place));
         }
         if (world != nullptr) {
-            if (step.before) {
-                step.before();
-            }
-            step.make(*world);
+            make_step(step, *world);
         }
     }
     return std::move(lines_);
 }
 
-/** Whether a function that can fail is called by requests of this kind for the first time. */
-bool Share::has_new(const Step &step, const Clean &clean) const
+/**
+ * The steps to look at. For a quick sweep a process goes the road ahead and
+ * tells where requests of a kind call a function for the first time.
+ */
+std::set<std::size_t> Share::chosen_steps(const Road &road, World *world)
 {
-    return std::ranges::any_of(clean.calls, [&](const CleanCall &call) {
-        return call.can_fail && !known_.contains({step.kind + step.variant, call.function});
-    });
+    std::set<std::size_t> asked;
+    for (std::size_t i = 0; i < road.steps.size(); ++i) {
+        if (road.steps[i].swept && is_asked(road.steps[i])) {
+            asked.insert(i);
+        }
+    }
+    if (!options_.quick) {
+        return asked;
+    }
+    const Ended ended = in_process([&] { return first_calls(road, world, asked); });
+    if (!ended.well) {
+        throw std::runtime_error(
+            fmt::format("the process that looked for new calls ended with {}", ended.how));
+    }
+    std::set<std::size_t> chosen;
+    for (const std::string &line : ended.lines) {
+        chosen.insert(std::stoul(line));
+    }
+    return chosen;
 }
 
-void Share::take_step(Place place)
+Lines Share::first_calls(const Road &road, World *world, const std::set<std::size_t> &asked)
 {
-    const Step &step = place.road.steps[place.step];
-    if (options_.quick) {
-        const Depth depth = std::exchange(place.depth, Depth::calls);
-        if (!has_new(step, run_clean(place))) {
-            return;
+    const std::unique_ptr<World> own = world == nullptr ? road.begin() : nullptr;
+    World &here = own ? *own : *world;
+    Lines chosen;
+    for (std::size_t i = 0; i < road.steps.size(); ++i) {
+        make_step(road.steps[i], here);
+        bool is_new = false;
+        for (const auto &record : here.hardware.journal.records()) {
+            is_new |= asked.contains(i) && !record.trace_sink && can_fail(record) &&
+                      known_.insert({road.steps[i].kind, std::string(known_name(record))}).second;
         }
-        place.depth = depth;
+        if (is_new) {
+            chosen.push_back(fmt::to_string(i));
+        }
     }
-    take_calls(place, run_clean(place));
+    return chosen;
 }
 
 void Share::take_calls(const Place &place, const Clean &clean)
 {
     const Step &step = place.road.steps[place.step];
-    lines_.push_back(KIND + step.kind);
+    add_lettered(lines_, KIND, step.kind);
     for (const std::string &refused : clean.refused) {
-        lines_.push_back(fmt::format("{}{} without a failure, then {}", NOTE, step.asked, refused));
+        add_lettered(lines_, NOTE,
+                     fmt::format("{} without a failure, then {}", step.asked, refused));
     }
     std::map<std::string, std::uint64_t> seen;
     for (const CleanCall &call : clean.calls) {
         if (!call.can_fail) {
-            lines_.push_back(LEFT_OUT + call.function);
+            add_lettered(lines_, LEFT_OUT, call.function);
             continue;
         }
         const std::uint64_t nth = ++seen[call.function];
-        const bool is_new = known_.insert({step.kind + step.variant, call.function}).second;
+        const bool is_new = known_.insert({step.kind, call.function}).second;
         if (options_.quick && !is_new) {
             continue;
         }
@@ -191,24 +232,25 @@ void Share::take(const Place &place, const Clean &clean, const Failing &failing)
 {
     if (turn_++ % options_.jobs == number_) {
         // The order of all is put together again from this number.
-        lines_.push_back(fmt::format("{}{:02}{:09} {}", OUTCOME, road_, turn_,
-                                     to_line(run_failing(place, clean, failing))));
+        add_lettered(lines_, OUTCOME,
+                     fmt::format("{:02}{:09} {}", road_, turn_,
+                                 to_line(run_failing(place, clean, failing))));
     }
 }
 
 void take_line(const std::string &line, bool is_first, SweepResult &result,
                std::set<std::string> &names)
 {
-    const std::string text = line.substr(1);
-    if (line.front() == ALLOCATIONS) {
+    const auto [letter, text] = read_lettered(line);
+    if (letter == ALLOCATIONS) {
         result.sees_allocations = true;
-    } else if (line.front() == NAME) {
+    } else if (letter == NAME) {
         names.insert(text);
-    } else if (is_first && line.front() == LEFT_OUT) {
+    } else if (is_first && letter == LEFT_OUT) {
         ++result.never_fail[text];
-    } else if (is_first && line.front() == KIND) {
+    } else if (is_first && letter == KIND) {
         ++result.requests[text];
-    } else if (is_first && line.front() == NOTE) {
+    } else if (is_first && letter == NOTE) {
         result.notes.push_back(text);
     }
 }
@@ -238,8 +280,8 @@ SweepResult sweep(const config::Description &config, const SweepOptions &options
                 ended.lines.empty() ? ended.how : ended.how + ": " + ended.lines.front()));
         }
         for (const std::string &line : ended.lines) {
-            if (line.front() == OUTCOME) {
-                lines.push_back(line.substr(1));
+            if (read_lettered(line).letter == OUTCOME) {
+                lines.push_back(read_lettered(line).text);
             } else {
                 take_line(line, &share == &shares.front(), result, names);
             }

@@ -15,7 +15,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <string>
 
 namespace faults_test
@@ -29,6 +31,13 @@ inline lab::config::Description example()
 {
     return lab::config::read_config(std::filesystem::path(RTIFHAL_SOURCE_DIR) / "examples" /
                                     "faults.json");
+}
+
+/** What docs/failures.md says. */
+inline std::string failures_page()
+{
+    std::ifstream in(std::filesystem::path(RTIFHAL_SOURCE_DIR) / "docs" / "failures.md");
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 /** What a body gives in a process of its own, in which all interfaces are up. */

@@ -2,6 +2,7 @@
  * rows_test.cpp: outcomes brought together to rows, rows as a page, and a page
  * that is held against other outcomes.
  */
+#include "faults/faults_world.h"
 #include "faults/page.h"
 #include "faults/row_text.h"
 #include "faults/rows.h"
@@ -171,6 +172,13 @@ TEST(Page, TellsWhatItWasMadeOf)
     }
     append(outcomes, others);
     EXPECT_EQ(untold(page_of(outcomes), outcomes), std::vector<std::string>{});
+}
+
+TEST(Page, OfTheDocumentationBeginsAsItIsPrinted)
+{
+    std::ostringstream begin;
+    lab::faults::print_page({}, "examples/faults.json", begin);
+    EXPECT_TRUE(failures_page().starts_with(begin.str())) << "'./dev faults --write' makes it anew";
 }
 
 TEST(Page, DoesNotTellWhatHasChanged)

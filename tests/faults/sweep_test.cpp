@@ -1,14 +1,17 @@
 /*
- * sweep_test.cpp: a sweep of one request, and the command.
+ * sweep_test.cpp: the quick sweep of examples/faults.json on each chip, held
+ * against docs/failures.md; `./dev faults` does the whole one. And the command.
  */
 #include "faults/faults_world.h"
 
 #include "commands/command_line.h"
 #include "commands/faults.h"
+#include "faults/page.h"
 #include "faults/sweep.h"
 #include "session/errors.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -41,7 +44,28 @@ int rtif_sweep(std::vector<const char *> words, std::string &out, std::string &e
     return code;
 }
 
+class QuickSweep : public testing::TestWithParam<Kind>
+{
+};
+
 } // namespace
+
+TEST_P(QuickSweep, IsAsThePageOfFailuresTells)
+{
+    const SweepOptions options{.chips = {GetParam()}, .codes = {-1}, .quick = true};
+    const auto result = lab::faults::sweep(example(), options);
+    EXPECT_GT(result.outcomes.size(), 300U);
+    EXPECT_TRUE(result.sees_allocations);
+    EXPECT_EQ(result.broken(), 0U);
+    const auto lines = untold(failures_page(), result.outcomes);
+    EXPECT_EQ(lines.size(), 0U) << "'./dev faults --write' makes docs/failures.md anew\n"
+                                << fmt::format("{}", fmt::join(lines, "\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(BothChips, QuickSweep, testing::Values(Kind::trident, Kind::trident2),
+                         [](const auto &info) {
+                             return info.param == Kind::trident2 ? "Trident2" : "Trident";
+                         });
 
 TEST(Sweep, SharesMakeTheSameOutcomesInTheSameOrder)
 {
