@@ -14,6 +14,7 @@
 #include <exception>
 #include <map>
 #include <ostream>
+#include <sstream>
 #include <string>
 
 namespace lab::commands
@@ -75,7 +76,10 @@ int run(int argc, const char *const *argv, const Terminal &terminal)
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        return app.exit(error, terminal.out, terminal.err) == 0 ? EXIT_DONE : EXIT_USAGE;
+        std::ostringstream told;
+        const int code = app.exit(error, terminal.out, told);
+        terminal.err << config::harmless_lines(told.str());
+        return code == 0 ? EXIT_DONE : EXIT_USAGE;
     }
     const auto *const asked =
         std::find_if(commands.begin(), commands.end(),

@@ -4,6 +4,7 @@
 #include "commands/packet.h"
 
 #include "config/names.h"
+#include "config/shown.h"
 #include "packet/capture.h"
 #include "packet/explain.h"
 #include "packet/frame_values.h"
@@ -122,7 +123,7 @@ int packet_on(simswitch::Switch &hardware, const PacketOptions &options, const T
                                                  : play(state, options, terminal);
         return up ? code : EXIT_REFUSED;
     } catch (const session::UsageError &error) {
-        fmt::print(terminal.err, "{}\n", error.what());
+        fmt::print(terminal.err, "{}\n", config::harmless_lines(error.what()));
         return EXIT_USAGE;
     }
 }

@@ -3,6 +3,7 @@
  */
 #include "commands/wire.h"
 
+#include "config/shown.h"
 #include "l3lif/bring_up.h"
 #include "report/text.h"
 #include "session/errors.h"
@@ -179,10 +180,10 @@ int wire_on(simswitch::Switch &hardware, const WireOptions &options, const Termi
     try {
         return run_wire(hardware, options, terminal);
     } catch (const session::UsageError &error) {
-        fmt::print(terminal.err, "{}\n", error.what());
+        fmt::print(terminal.err, "{}\n", config::harmless_lines(error.what()));
         return EXIT_USAGE;
     } catch (const std::exception &error) {
-        fmt::print(terminal.err, "{}\n", error.what());
+        fmt::print(terminal.err, "{}\n", config::harmless_lines(error.what()));
         return EXIT_REFUSED;
     }
 }

@@ -12,6 +12,7 @@
 #include <fmt/ranges.h>
 #include <map>
 #include <set>
+#include <tuple>
 #include <utility>
 
 namespace lab::config
@@ -187,6 +188,8 @@ void read_properties(RoutedInterface &interface, const Row &own, const Descripti
 bool read_addresses(RoutedInterface &interface, const std::vector<AddressRow> &rows,
                     Description &description)
 {
+    // There may be as many as a file has rows.
+    std::set<std::tuple<bool, std::array<std::uint8_t, 16>, unsigned>> known;
     bool any = false;
     for (const AddressRow &address : rows) {
         std::string reason;
@@ -200,9 +203,9 @@ bool read_addresses(RoutedInterface &interface, const std::vector<AddressRow> &r
             continue;
         }
         any = true;
-        auto &known = interface.addresses;
-        if (std::find(known.begin(), known.end(), *prefix) == known.end()) {
-            known.push_back(*prefix);
+        const auto &[ipv6, bytes] = prefix->address;
+        if (known.emplace(ipv6, bytes, prefix->length).second) {
+            interface.addresses.push_back(*prefix);
         }
     }
     return any;

@@ -291,9 +291,9 @@ void read_neighbors(const Tables &tables, Description &description)
         if (interface == nullptr) {
             refuse("no row that is taken makes {} a routed interface", in_quotes(name));
         }
-        if (const std::string problem =
-                host_problem(*interface, address, description.static_routes);
-            !problem.empty()) {
+        // cppcheck-suppress nullPointerRedundantCheck ; refuse() doesn't return
+        const std::string problem = host_problem(*interface, address, description.static_routes);
+        if (!problem.empty()) {
             refuse("{}", problem);
         }
         const std::string *neigh = scalar(row, "neigh");

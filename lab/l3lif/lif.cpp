@@ -5,9 +5,25 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 
 namespace lab::l3lif
 {
+
+namespace
+{
+
+/** A record that the library frees; throws std::bad_alloc. */
+template <class Record> Record *zeroed()
+{
+    void *const memory = std::calloc(1, sizeof(Record));
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return static_cast<Record *>(memory);
+}
+
+} // namespace
 
 Lif::Lif(simswitch::Switch &hardware, LifPlan plan) : hardware_(hardware), plan_(std::move(plan))
 {
@@ -54,11 +70,9 @@ void Lif::put_under_view()
 {
     properties_ = stored.properties.value_or(l3lif_pi_ctxt{});
     if (stored.hardware) {
-        // The library frees both.
-        auto *context = static_cast<l3lif_pd_ctxt *>(std::calloc(1, sizeof(l3lif_pd_ctxt)));
-        context->l3_pd = static_cast<l3_pd *>(std::calloc(1, sizeof(l3_pd)));
-        *context->l3_pd = *stored.hardware;
-        record_.l3lif_pd_ctxt = context;
+        record_.l3lif_pd_ctxt = zeroed<l3lif_pd_ctxt>();
+        record_.l3lif_pd_ctxt->l3_pd = zeroed<l3_pd>();
+        *record_.l3lif_pd_ctxt->l3_pd = *stored.hardware;
         give_context_to_view();
     }
     ::l3lif *restored = record_.main_l3lif == &view_ ? &view_ : &record_;

@@ -9,8 +9,6 @@
 
 #include <fmt/format.h>
 
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -27,12 +25,11 @@ namespace fs = std::filesystem;
 std::string bytes_of(const fs::path &file)
 {
     std::error_code error;
-    std::ifstream in(file, std::ios::binary);
-    if (!in || fs::is_directory(file, error)) {
+    if (fs::is_directory(file, error) || access(file.c_str(), R_OK) != 0) {
         throw config::UnusableFile(
             fmt::format("{}: can't be read; 'rtif default-routes' writes one", file.string()));
     }
-    return {std::istreambuf_iterator<char>(in), {}};
+    return config::read_file(file);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
  */
 #include "packet/capture.h"
 
+#include "config/shown.h"
 #include "report/text.h"
 #include "report/text_table.h"
 
@@ -56,10 +57,11 @@ void print_out(const CaptureResult &result, std::ostream &out)
 
 void print_text(const CaptureResult &result, std::ostream &out)
 {
-    fmt::print(
-        out, "{}: {}, {} into {}\n", result.in.string(), report::counted(result.frames, "frame"),
-        result.tally.frames() == result.frames ? "all" : fmt::to_string(result.tally.frames()),
-        result.port);
+    fmt::print(out, "{}: {}, {} into {}\n", config::harmless(result.in.string()),
+               report::counted(result.frames, "frame"),
+               result.tally.frames() == result.frames ? "all"
+                                                      : fmt::to_string(result.tally.frames()),
+               result.port);
     print_not_taken(result, out);
     if (result.tally.frames() != 0) {
         out << '\n';

@@ -62,7 +62,7 @@ std::string route_text(const Names &names, const Line &line)
 std::string egress_line(const Names &names, const Line &line)
 {
     const chip::Egress *egress = names.chip().egresses.find(number_of(line.id));
-    const std::string where = next_hop_text(names, number_of(line.id));
+    std::string where = next_hop_text(names, number_of(line.id));
     if (egress == nullptr || leads_to_cpu(*egress) || where == BLACK_HOLE) {
         return where;
     }

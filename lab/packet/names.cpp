@@ -115,7 +115,7 @@ std::string first_of(const std::vector<std::string> &words, std::size_t most)
 
 std::string Names::port(int port) const
 {
-    const std::string known = session::Scene::name(scene_.ports, port);
+    std::string known = session::Scene::name(scene_.ports, port);
     if (!known.empty()) {
         return known;
     }

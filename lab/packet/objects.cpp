@@ -112,7 +112,7 @@ std::string egress_text(const Names &names, int id)
     if (egress == nullptr) {
         return "";
     }
-    const std::string where = next_hop_text(names, id);
+    std::string where = next_hop_text(names, id);
     if (leads_to_cpu(*egress)) {
         return where;
     }
@@ -179,7 +179,7 @@ std::string next_hop_text(const Names &names, int egress)
         return "";
     }
     const std::string out = way_out(names, *object);
-    const std::string host = names.state().routing.next_hop_text(egress);
+    std::string host = names.state().routing.next_hop_text(egress);
     if (host == BLACK_HOLE) {
         return host;
     }

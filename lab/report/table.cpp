@@ -246,13 +246,13 @@ void print_skipped(const UpResult &result, std::ostream &out)
     if (!result.skipped.empty()) {
         fmt::print(out, "\nRows not taken:\n");
         for (const auto &row : result.skipped) {
-            fmt::print(out, "  {}\n", result.config->message(row));
+            fmt::print(out, "  {}\n", config::harmless(result.config->message(row)));
         }
     }
     if (!result.notes.empty()) {
         fmt::print(out, "\nNotes:\n");
         for (const auto &note : result.notes) {
-            fmt::print(out, "  {}\n", note);
+            fmt::print(out, "  {}\n", config::harmless(note));
         }
     }
 }

@@ -7,6 +7,7 @@
 
 #include "chip/pipeline/frame.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -47,7 +48,7 @@ TEST_F(Capture, AllFormsOfACaptureMeanTheSame)
     for (const std::string name :
          {"scapy-nanoseconds.pcap", "scapy-big-endian.pcap", "scapy.pcapng", "wireshark.pcapng"}) {
         EXPECT_EQ(text_of(play(CAPTURES / name)),
-                  name + ": 8 frames, all into Ethernet0\n\n" + FATES);
+                  fmt::format("{}: 8 frames, all into Ethernet0\n\n{}", name, FATES));
         std::filesystem::remove_all(folder.path / "out");
     }
 }

@@ -7,6 +7,7 @@
 
 #include "chip/pipeline/frame.h"
 
+#include <fmt/format.h>
 #include <tins/tins.h>
 
 #include <algorithm>

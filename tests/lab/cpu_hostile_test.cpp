@@ -6,6 +6,8 @@
 
 #include "chip/pipeline/frame.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 

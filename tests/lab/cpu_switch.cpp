@@ -10,6 +10,8 @@
 
 #include "rtifhal_property.h"
 
+#include <fmt/format.h>
+
 namespace lab_test
 {
 
@@ -51,9 +53,9 @@ constexpr std::string_view CONFIG = R"({
 } // namespace
 
 CpuTest::CpuTest(const simswitch::Options &options)
-    : hardware((rtifhal_test::reset_library(), options))
+    : hardware((rtifhal_test::reset_library(), options)),
+      config(lab::config::read_config_text(CONFIG, "cpu.json"))
 {
-    config = lab::config::read_config_text(CONFIG, "cpu.json");
     EXPECT_EQ(config.skipped, std::vector<lab::config::SkippedRow>{});
     lab::l3lif::bring_all_up(config, layer);
     for (const auto &opened : lab::l3lif::open_families(config, layer, hardware)) {

@@ -32,6 +32,7 @@ protected:
         std::vector<std::string> all = {"rtif", "packet", config.string()};
         all.insert(all.end(), words.begin(), words.end());
         std::vector<const char *> argv;
+        argv.reserve(all.size());
         for (const std::string &word : all) {
             argv.push_back(word.c_str());
         }
