@@ -159,6 +159,20 @@ TEST_F(VlanAccounting, VlanAboveTheLastHasNoBitInAPortsEntry)
     EXPECT_TRUE(all_zero(rtifhal_port_vlan, sizeof rtifhal_port_vlan));
 }
 
+TEST_F(VlanAccounting, EachPortHasABitOfItsOwnInASet)
+{
+    for (int port = 0; port < 256; ++port) {
+        bcm_pbmp_t pbmp = {};
+        pbmp_add(pbmp, port);
+        EXPECT_EQ(ports_of(pbmp), std::vector<int>{port});
+        for (int other = 0; other < 256; ++other) {
+            EXPECT_EQ(pbmp_has(pbmp, other), other == port) << port << ' ' << other;
+        }
+        pbmp_remove(pbmp, port);
+        EXPECT_TRUE(ports_of(pbmp).empty()) << port;
+    }
+}
+
 TEST_F(VlanAccounting, PortsOutside0To255HaveNoPlaceInASet)
 {
     bcm_pbmp_t pbmp = {};

@@ -269,11 +269,21 @@ TEST_F(DefaultRoutesFile, ThatIsEmptyLeavesNoRoutesAndIsLookedForAgainAfterADest
     EXPECT_EQ(sw.journal.count("bcm_l3_egress_create"), 1U);
 }
 
+TEST_F(DefaultRoutesFile, ThatIsEmptyLeavesNoRoutesWhateverTheCountWas)
+{
+    num_def_routes = 7;
+    write_bytes("");
+    comes_up(0);
+    expect_no_routes();
+}
+
 TEST_F(DefaultRoutesFile, ThatAnnouncesNothingLeavesNoRoutes)
 {
     write({});
     comes_up(0);
     expect_no_routes();
+    EXPECT_EQ(calls_of({"calloc"}),
+              (std::vector<std::string>{"calloc(1, 5900) = record", "calloc(1, 272) = record"}));
     rtifhal_trident_destroy_default_nh();
     EXPECT_EQ(def_routes_loaded, 0U);
     EXPECT_EQ(sw.heap.live_blocks(), 0U);

@@ -193,6 +193,17 @@ TEST_F(DumpBitmap, FirstAndLastBit)
     EXPECT_EQ(positions, std::vector<int>{0});
 }
 
+TEST_F(DumpBitmap, RunEndsWithTheTableWhateverIsBehindIt)
+{
+    struct {
+        l3iif_bitmap_t table;
+        std::uint8_t behind[8];
+    } memory = {*bitmap({BITS - 2, BITS - 1}), {0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff}};
+    auto &output = sw.command_outputs.open();
+    fwm_dump_bitmap(&memory.table, &output);
+    EXPECT_EQ(output.lines(), Lines{line("8190-8191")});
+}
+
 TEST_F(DumpBitmap, FullOneIsOneRange)
 {
     EXPECT_EQ(dumped(ranges({{0, BITS - 1}})), Lines{line("0-8191")});
@@ -321,6 +332,26 @@ TEST_F(DumpBitmap, ManyLinesGoToTheTraceToo)
     }
     EXPECT_TRUE(seen == expected);
     expect_calls({});
+}
+
+TEST_F(DumpBitmap, PlaceThatTheCommandMovesBeforeTheFirstNumberIsTheFirst)
+{
+    const Bits bits = lone_bits(0, 40);
+    Lines expected = dumped(bits);
+    ASSERT_GT(expected.size(), 1U);
+    expected.insert(expected.begin(), expected.front());
+
+    sw.journal.disarm();
+    bool moved = false;
+    sw.journal.arm({.function = "cmd_prt", .forever = true, .when = [&moved](std::string_view) {
+                        if (!std::exchange(moved, true)) {
+                            printf_curr_idx = -7;
+                        }
+                        return false;
+                    }});
+    auto &output = sw.command_outputs.open();
+    fwm_dump_bitmap(bitmap(bits).get(), &output);
+    EXPECT_EQ(output.lines(), expected);
 }
 
 TEST_F(DumpBitmap, PositionOfAnEarlierDumpDoesNotCount)

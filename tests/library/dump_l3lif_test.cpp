@@ -19,7 +19,7 @@ namespace
 using namespace fhrp_road;
 
 const std::string DUMP = "rtifhal_trident_dump_l3lif";
-const std::string LINE = "Eth1/5:pd: vlan=4094 fhrp_mac=00:00:5e:00:01:08\n";
+const std::string LINE = "Eth1/5:pd: vlan=4094 fhrp_mac=02:11:5e:33:01:08\n";
 /** What stands behind the prefix in that line. */
 const std::string TAIL = LINE.substr(6);
 
@@ -101,7 +101,7 @@ TEST_F(DumpInterface, LineGoesToTheCommandAlone)
     EXPECT_EQ(dump(lif, &output), 0);
     expect_calls(join({port_asked(lif), Calls{FIRST_ENTRY,
                                               R"(cmd_prt(command, "Eth1/5:pd: vlan=4094 )"
-                                              R"(fhrp_mac=00:00:5e:00:01:08\n", 0) = 0)",
+                                              R"(fhrp_mac=02:11:5e:33:01:08\n", 0) = 0)",
                                               NO_MORE}}));
     expect_messages({port_found()});
     EXPECT_EQ(output.text(), LINE);
@@ -115,11 +115,11 @@ TEST_F(DumpInterface, EntriesComeByVlanAndThenByMac)
     saved(lif, MULTICAST, 0, 4);
     saved(lif, VMAC, 65535, 5);
     EXPECT_EQ(dumped(lif), (Calls{
-                               "Eth1/5:pd: vlan=0 fhrp_mac=33:33:00:00:00:08\n",
-                               "Eth1/5:pd: vlan=7 fhrp_mac=00:00:5e:00:01:09\n",
+                               "Eth1/5:pd: vlan=0 fhrp_mac=33:33:12:34:56:08\n",
+                               "Eth1/5:pd: vlan=7 fhrp_mac=02:11:5e:33:01:09\n",
                                LINE,
-                               "Eth1/5:pd: vlan=4094 fhrp_mac=00:00:5e:00:01:09\n",
-                               "Eth1/5:pd: vlan=65535 fhrp_mac=00:00:5e:00:01:08\n",
+                               "Eth1/5:pd: vlan=4094 fhrp_mac=02:11:5e:33:01:09\n",
+                               "Eth1/5:pd: vlan=65535 fhrp_mac=02:11:5e:33:01:08\n",
                            }));
 }
 

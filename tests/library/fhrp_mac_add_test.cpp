@@ -205,7 +205,7 @@ TEST_F(FhrpMacAdd, MulticastIsInstalledOnNoOtherKind)
         EXPECT_EQ(calls().back(), "bcm_l2_station_t_init()");
         EXPECT_EQ(calls().size(), 4U);
         expect_messages(
-            {trace(ADD, "Not installing (33:33:00:00:00:08) on intf " + lif->index() + "\n")});
+            {trace(ADD, "Not installing (33:33:12:34:56:08) on intf " + lif->index() + "\n")});
     }
     EXPECT_EQ(kept(), Calls{});
 }

@@ -173,7 +173,7 @@ TEST_F(FhrpMacAgain, KeptMulticastWithoutAStationEndsAtItsPrefix)
     EXPECT_EQ(add(lif, MULTICAST), 0);
     expect_calls(join({add_begins(lif, if_index::TYPE_PORT), present_asked(9, "-7")}));
     expect_messages({present(lif, MULTICAST), LOST,
-                     trace(ADD, "Not installing (33:33:00:00:00:08) on intf 0x10400000\n")});
+                     trace(ADD, "Not installing (33:33:12:34:56:08) on intf 0x10400000\n")});
 }
 
 TEST_F(FhrpMacAgain, EntryKeptForAManagementInterfaceIsPresentThereToo)

@@ -264,7 +264,7 @@ TEST_F(FhrpMacListing, FilterComparesAllBytesOfTheMac)
     close.bytes[5] = 0x0a;
     EXPECT_EQ(listed({.mac = close, .filter_mac = 1}), Calls{});
     close = VMAC;
-    close.bytes[0] = 0x02;
+    close.bytes[0] = 0x06;
     EXPECT_EQ(listed({.mac = close, .filter_mac = 1}), Calls{});
 }
 

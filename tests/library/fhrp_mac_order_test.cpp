@@ -174,8 +174,8 @@ TEST_F(FhrpMacTree, IndexFurtherThanHalfTheRangeAboveSortsBefore)
 {
     save(0x10000000, VMAC, 4094, 1);
     save(0xa0000000, VMAC, 4094, 2);
-    EXPECT_EQ(kept(), (Calls{"0xa0000000 4094 00:00:5e:00:01:08 @2",
-                             "0x10000000 4094 00:00:5e:00:01:08 @1"}));
+    EXPECT_EQ(kept(), (Calls{"0xa0000000 4094 02:11:5e:33:01:08 @2",
+                             "0x10000000 4094 02:11:5e:33:01:08 @1"}));
     EXPECT_EQ(present(0x10000000, VMAC, 4094), 1);
     EXPECT_EQ(present(0xa0000000, VMAC, 4094), 1);
 }
@@ -188,7 +188,7 @@ TEST_F(FhrpMacTree, FirstSaveMakesTheTree)
     expect_messages({});
     ASSERT_NE(fhrp_mac_hash, nullptr);
     EXPECT_EQ(fhrp_mac_hash->compare, &rtifhal_fhrp_mac_avl_compare_func);
-    EXPECT_EQ(kept(), Calls{"0x30000064 100 00:00:5e:00:01:08 @7"});
+    EXPECT_EQ(kept(), Calls{"0x30000064 100 02:11:5e:33:01:08 @7"});
 }
 
 TEST_F(FhrpMacTree, LaterSaveUsesIt)
@@ -203,7 +203,7 @@ TEST_F(FhrpMacTree, SaveOfAKeyThatIsThereFailsAndKeepsTheFirst)
     one_kept();
     EXPECT_EQ(save(IFINDEX, VMAC, 100, 8), -1);
     expect_calls({"malloc(16) = record", "avl_insert(tree, record) = -8"});
-    EXPECT_EQ(kept(), Calls{"0x30000064 100 00:00:5e:00:01:08 @7"});
+    EXPECT_EQ(kept(), Calls{"0x30000064 100 02:11:5e:33:01:08 @7"});
 }
 
 TEST_F(FhrpMacTree, SaveWithoutMemoryFails)

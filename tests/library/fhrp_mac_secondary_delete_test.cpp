@@ -75,7 +75,7 @@ Message matched(std::uint32_t secondary)
 
 Message missing()
 {
-    return trace(SECONDARY_DEL, "FHRP MAC(00:00:5e:00:01:08) not found for Secondary VLANin hash "
+    return trace(SECONDARY_DEL, "FHRP MAC(02:11:5e:33:01:08) not found for Secondary VLANin hash "
                                 "table\n");
 }
 

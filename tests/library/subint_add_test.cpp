@@ -217,6 +217,16 @@ TEST_F(SubintAdd, RecordThatIsHandedOverHasThemAlready)
     EXPECT_EQ(HandedOver::record()->l3a_mtu, 1500);
 }
 
+TEST_F(SubintAdd, RecordThatIsHandedOverWithoutPropertiesHasTheDefaults)
+{
+    const HandedOver watch;
+    sub->get()->l3lif_pi_ctxt = nullptr;
+    rtifhal_trident_subint_add(sub->get(), 1);
+    ASSERT_TRUE(HandedOver::record().has_value());
+    EXPECT_EQ(HandedOver::record()->l3a_vrf, 1);
+    EXPECT_EQ(HandedOver::record()->l3a_mtu, 1500);
+}
+
 TEST_F(SubintAdd, VrfAndMtuOfZeroAreOneAndFifteenHundred)
 {
     sub->properties.vrf = 0;

@@ -291,6 +291,7 @@ TEST_F(TraceFrame, EveryMessageOfAFunctionGoesThroughTheFrame)
     ASSERT_EQ(stream.writes.size(), 4U);
     EXPECT_EQ(stream.writes[3].text, " Invalid l3iif_index = 1f3\n");
     ASSERT_EQ(sw.trace.history().size(), 2U);
+    EXPECT_EQ(sw.trace.history()[0].level, 104U);
     EXPECT_EQ(sw.trace.history()[1].level, 102U);
     EXPECT_EQ(sw.trace.debug_texts().size(), 2U);
 }

@@ -106,12 +106,14 @@ TEST_F(VlanXlate, EqualVlansLeaveTheTagActionAlone)
 
 TEST_F(VlanXlate, SixteenBitsOfTheVlanAreTheKey)
 {
-    rtifhal_vlan_xlate(0, PORT_5, 0x30064, 4094, 7);
-    rtifhal_vlan_del_xlate(0, PORT_5, 0x30064, 0, 7);
-    EXPECT_TRUE(calls_of({SDK_ADD}).at(0).starts_with(SDK_ADD + "(0, 0x8000005, 8, 100, 65535, "));
-    EXPECT_TRUE(calls_of({SDK_DELETE}).at(0).starts_with(SDK_DELETE + "(0, 0x8000005, 8, 100, 0)"));
+    rtifhal_vlan_xlate(0, PORT_5, 0x3ffff, 4094, 7);
+    rtifhal_vlan_del_xlate(0, PORT_5, 0x3ffff, 0, 7);
+    EXPECT_TRUE(
+        calls_of({SDK_ADD}).at(0).starts_with(SDK_ADD + "(0, 0x8000005, 8, 65535, 65535, "));
+    EXPECT_TRUE(
+        calls_of({SDK_DELETE}).at(0).starts_with(SDK_DELETE + "(0, 0x8000005, 8, 65535, 0)"));
     EXPECT_EQ(messages().at(0),
-              trace(ADD, "gport 8000005, old_vid 196708, new_vid 4094, l3_iif 7\n"));
+              trace(ADD, "gport 8000005, old_vid 262143, new_vid 4094, l3_iif 7\n"));
 }
 
 TEST_F(VlanXlate, RefusedTranslationIsReportedOnce)

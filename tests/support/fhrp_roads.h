@@ -23,13 +23,14 @@ namespace rtifhal_test::fhrp_road
 struct Address {
     std::uint8_t bytes[6];
 
-    /** "00:00:5e:00:01:08" */
+    /** "02:11:5e:33:01:08" */
     std::string text() const;
 };
 
-inline constexpr Address VMAC = {{0x00, 0x00, 0x5e, 0x00, 0x01, 0x08}};
-inline constexpr Address OTHER = {{0x00, 0x00, 0x5e, 0x00, 0x01, 0x09}};
-inline constexpr Address MULTICAST = {{0x33, 0x33, 0x00, 0x00, 0x00, 0x08}};
+/** No byte twice: one in another's place shows. */
+inline constexpr Address VMAC = {{0x02, 0x11, 0x5e, 0x33, 0x01, 0x08}};
+inline constexpr Address OTHER = {{0x02, 0x11, 0x5e, 0x33, 0x01, 0x09}};
+inline constexpr Address MULTICAST = {{0x33, 0x33, 0x12, 0x34, 0x56, 0x08}};
 
 inline constexpr std::uint16_t ROUTED = 4094;
 inline constexpr int PORT = 5;
@@ -86,7 +87,7 @@ private:
     std::vector<std::unique_ptr<Lif>> lifs_;
 };
 
-/** The entries in the order of the tree: "0x10400000 4094 00:00:5e:00:01:08 @1". */
+/** The entries in the order of the tree: "0x10400000 4094 02:11:5e:33:01:08 @1". */
 std::vector<std::string> kept();
 /** Such a line. */
 std::string entry(const Lif &lif, unsigned vlan, int station, const Address &mac = VMAC);
