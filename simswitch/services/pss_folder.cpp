@@ -87,7 +87,7 @@ std::string cover_parent()
         const auto origin = fmt::format("/proc/self/fd/{}", opened);
         if (covered &&
             (mkdir(path.c_str(), 0755) != 0 ||
-             mount(origin.c_str(), path.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0)) {
+             mount(origin.c_str(), path.c_str(), "none", MS_BIND | MS_REC, nullptr) != 0)) {
             obstacle = failed("no bind mount of " + path.string());
         }
         close(opened);
@@ -103,7 +103,7 @@ std::string make_private()
     if (auto obstacle = enter_namespace(); !obstacle.empty()) {
         return obstacle;
     }
-    if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+    if (mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0) {
         return failed("mounts can't be made private");
     }
     std::error_code error;

@@ -5,7 +5,10 @@
  * runs at load.
  *
  * They look at the files that the build made, through nm and readelf.
+ * hardening_test.cpp looks at how they were built.
  */
+#include "shipped/tool_output.h"
+
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,15 +16,12 @@
 #include <link.h>
 
 #include <algorithm>
-#include <array>
 #include <cctype>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <set>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,6 +31,7 @@ namespace
 
 namespace fs = std::filesystem;
 using Names = std::set<std::string>;
+using rtifhal_test::lines_of;
 using ::testing::IsSupersetOf;
 
 #ifdef RTIFHAL_WITH_SANITIZER
@@ -51,29 +52,6 @@ constexpr std::string_view EXPORT_MARK = "RTIFHAL_EXPORT";
 /** All that the table of private-VLAN pairs takes of GLib. */
 const Names GLIB_IMPORTS = {"g_hash_table_new", "g_hash_table_insert", "g_hash_table_lookup",
                             "g_hash_table_remove", "g_hash_table_foreach"};
-
-/** The lines that a command prints; throws when it fails. */
-std::vector<std::string> lines_of(const std::string &command)
-{
-    FILE *pipe = ::popen(command.c_str(), "r"); // NOLINT(cert-env33-c): paths of the build only
-    if (pipe == nullptr) {
-        throw std::runtime_error("can't start: " + command);
-    }
-    std::string text;
-    std::array<char, 4096> block{};
-    for (std::size_t got = 0; (got = std::fread(block.data(), 1, block.size(), pipe)) > 0;) {
-        text.append(block.data(), got);
-    }
-    if (const int status = ::pclose(pipe); status != 0) {
-        throw std::runtime_error("failed with " + std::to_string(status) + ": " + command);
-    }
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
 
 /** A symbol as nm prints it, the version behind its @ cut off. */
 struct Symbol {

@@ -150,7 +150,7 @@ int reuse_number(creation &step)
 }
 
 /** VRF and MTU; a label that waited for the record moves into it. */
-void fill_properties(creation &step)
+void fill_properties(creation &step, struct l3_pd &l3_pd)
 {
     int vrf = DEFAULT_VRF;
     int mtu = DEFAULT_MTU;
@@ -159,7 +159,7 @@ void fill_properties(creation &step)
         vrf = properties->vrf;
         mtu = mtu_of_property(properties->mtu);
         if (properties->acl_qos_label_pending != 0) {
-            find_l3_pd(step.working)->acl_qos_label_ingress = properties->acl_qos_label_pending;
+            l3_pd.acl_qos_label_ingress = properties->acl_qos_label_pending;
             properties->acl_qos_label_pending = 0;
         }
     }
@@ -169,7 +169,7 @@ void fill_properties(creation &step)
 }
 
 /** Writes the object; on success the record says so and is stored. */
-int program(creation &step, bcm_l3_intf_t *object)
+int program(creation &step, struct l3_pd &l3_pd, bcm_l3_intf_t *object)
 {
     TRACE_OF(rtifhal_l3_intf_create,
              " Calling bcm_l3_intf_create for %d intf-id %x, mtu %d, vrf %d\n", step.object.l3a_vid,
@@ -181,10 +181,9 @@ int program(creation &step, bcm_l3_intf_t *object)
         return -1;
     }
 
-    struct l3_pd *const l3_pd = find_l3_pd(step.working);
-    l3_pd->brcm_prog_complete = 0;
-    l3_pd->prev_l3_if_index = 0;
-    l3_pd->l3intf_id = static_cast<uint16_t>(step.iif);
+    l3_pd.brcm_prog_complete = 0;
+    l3_pd.prev_l3_if_index = 0;
+    l3_pd.l3intf_id = static_cast<uint16_t>(step.iif);
     if (object != nullptr) {
         *object = step.object;
     }
@@ -240,9 +239,9 @@ int rtifhal_l3_intf_create(int unit, struct l3lif *inl3lif, bcm_l3_intf_t *objec
         return -1;
     }
 
-    if (find_l3_pd(step.working) != nullptr) {
-        fill_properties(step);
-        if (program(step, object) == 0) {
+    if (struct l3_pd *const l3_pd = find_l3_pd(step.working); l3_pd != nullptr) {
+        fill_properties(step, *l3_pd);
+        if (program(step, *l3_pd, object) == 0) {
             return 0;
         }
     }
