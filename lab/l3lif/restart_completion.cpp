@@ -231,11 +231,28 @@ void Completer::program_again(Interface &interface)
     done_.requests.push_back({fmt::format("program {} again", name), again, again.code != 0});
 }
 
+/**
+ * A label that is set while an interface is deleted, with its number kept, stores a
+ * record without a number in use. The restart has given the kept number away, so it
+ * must not be taken up again. @return whether the record is such a one
+ */
+bool give_up_kept_number(const Lif &lif)
+{
+    const l3lif_pd_ctxt *context = lif.record()->l3lif_pd_ctxt;
+    if (lif.iif() != 0 || context == nullptr || context->l3_pd == nullptr) {
+        return false;
+    }
+    context->l3_pd->brcm_prog_complete = 0;
+    context->l3_pd->prev_l3_if_index = 0;
+    return true;
+}
+
 void Completer::bring_interfaces_up()
 {
     for (const LifPlan &plan : plans_) {
         Interface &interface = *layer_.routed().find(plan.name);
-        if (interface.standing() == Standing::down) {
+        const bool is_stale = interface.standing() != Standing::down && give_up_kept_number(*interface.lif);
+        if (interface.standing() == Standing::down || is_stale) {
             note(fmt::format("add {}", plan.name), layer_.bring_up(interface));
         } else if (!read_back(hardware_, *interface.lif).missing.empty() ||
                    is_half_tied(hardware_.chip, plan)) {

@@ -50,6 +50,26 @@ TEST(SessionRestart, ARestoreKeepsNumbersAndBringsUpWhatTheConfigurationHas)
                                     "7 of 7 interfaces up, "));
 }
 
+TEST(SessionRestart, ALabelOfAKeptInterfaceLeavesNoNumberBehind)
+{
+    const CommandRun done = run("del Vlan100 keep\n"
+                                "set Vlan100 acl-label 0\n"
+                                "expect code = -1\n"
+                                "restart restore\n"
+                                "expect no message \"failed\"\n"
+                                "expect interface Vlan100 state = up\n"
+                                "expect interface Vlan100 iif = 6\n");
+    EXPECT_EQ(done.code, 0) << done.out;
+}
+
+TEST(SessionRestart, TheRecordOfAPortChannelsLastSubinterfaceOutlivesIt)
+{
+    const CommandRun done = run("del PortChannel0001.20\n"
+                                "restart restore\n"
+                                "expect interface PortChannel0001.20 iif = 8\n");
+    EXPECT_EQ(done.code, 0) << done.out;
+}
+
 TEST(SessionRestart, AFastAndAColdStartBeginAnew)
 {
     for (const std::string mode : {"fast", "cold"}) {
