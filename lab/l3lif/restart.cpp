@@ -94,6 +94,10 @@ void restore_interface(Restore &restore, const StoredInterface &stored)
     RestoredInterface restored;
     restored.ifindex = stored.ifindex;
     const LifPlan *known = find_plan(restore.plans, stored);
+    if (known != nullptr && restore.layer.routed().find(known->name) != nullptr) {
+        // A label stores a subinterface of a port-channel under its own ifindex, too.
+        return;
+    }
     restored.in_config = known != nullptr;
     Interface &interface =
         restore.layer.routed().make(known != nullptr ? *known : plan_from_record(hardware, stored));

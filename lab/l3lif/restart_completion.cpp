@@ -251,7 +251,8 @@ void Completer::bring_interfaces_up()
 {
     for (const LifPlan &plan : plans_) {
         Interface &interface = *layer_.routed().find(plan.name);
-        const bool is_stale = interface.standing() != Standing::down && give_up_kept_number(*interface.lif);
+        const bool is_stale =
+            interface.standing() != Standing::down && give_up_kept_number(*interface.lif);
         if (interface.standing() == Standing::down || is_stale) {
             note(fmt::format("add {}", plan.name), layer_.bring_up(interface));
         } else if (!read_back(hardware_, *interface.lif).missing.empty() ||

@@ -82,8 +82,9 @@ const LifPlan *find_plan(const std::vector<LifPlan> &plans, const StoredInterfac
     const bool of_channel = is_channel_subinterface(stored);
     const auto found = std::find_if(plans.begin(), plans.end(), [&](const LifPlan &plan) {
         if (of_channel) {
-            return plan.kind == config::Kind::subinterface && plan.main == stored.ifindex &&
-                   plan.vlan == stored.si_encap_vlan;
+            return plan.kind == config::Kind::subinterface &&
+                   (plan.ifindex == stored.ifindex ||
+                    (plan.main == stored.ifindex && plan.vlan == stored.si_encap_vlan));
         }
         return plan.ifindex == stored.ifindex;
     });

@@ -70,6 +70,16 @@ TEST(SessionRestart, TheRecordOfAPortChannelsLastSubinterfaceOutlivesIt)
     EXPECT_EQ(done.code, 0) << done.out;
 }
 
+TEST(SessionRestart, ALabelledSubinterfaceOfAPortChannelComesBackOnce)
+{
+    const CommandRun done = run("set PortChannel0001.20 acl-label 3\n"
+                                "restart restore\n"
+                                "expect interface PortChannel0001.20 iif = 8\n");
+    EXPECT_EQ(done.code, 0) << done.out;
+    EXPECT_THAT(done.out, HasSubstr("restart restore                                   "
+                                    "7 of 7 interfaces up, "));
+}
+
 TEST(SessionRestart, AFastAndAColdStartBeginAnew)
 {
     for (const std::string mode : {"fast", "cold"}) {
