@@ -37,7 +37,8 @@ int NaiveSwitch::stored_number(const NaiveInterface &interface) const
 /**
  * What is up stays, with its number. Nobody knows of numbers that are kept: they are free. Nobody
  * counts the ports of VLANs; ports and their subinterfaces are known to hold theirs. Then what the
- * configuration has and the switch hasn't is added, and all pairs and virtual MACs once more.
+ * configuration has and the switch hasn't is added, what has lost its VLAN to another's deletion is
+ * programmed again, and so are all pairs and virtual MACs.
  */
 void NaiveSwitch::restore()
 {
@@ -68,8 +69,9 @@ void NaiveSwitch::restore()
         vlans_.set_up(plan.vlan, {});
     }
     for (const std::string &name : order_) {
-        if (int code = 0; interfaces_.at(name).standing != Standing::up) {
-            add(interfaces_.at(name), code);
+        NaiveInterface &interface = interfaces_.at(name);
+        if (int code = 0; interface.standing != Standing::up || !has_its_vlan(interface)) {
+            add(interface, code);
         }
     }
     stations_.forget_owners(lab::config::mac_text(config_->device_mac));

@@ -232,6 +232,13 @@ bool NaiveSwitch::shares_vlan(const std::string &name, const std::string &key) c
            });
 }
 
+bool NaiveSwitch::is_shared(int vlan) const
+{
+    return vlan != 0 && std::ranges::count_if(interfaces_, [vlan](const auto &entry) {
+                            return entry.second.plan.vlan == vlan;
+                        }) > 1;
+}
+
 NaiveOwner NaiveSwitch::owner_of(const NaiveInterface &interface) const
 {
     const auto &plan = interface.plan;

@@ -63,6 +63,8 @@ public:
                                        const std::string &secondary) const;
     /** Whether a fact is one of an interface in the VLAN of another one. */
     bool shares_vlan(const std::string &name, const std::string &key) const;
+    /** Whether several interfaces have this VLAN. */
+    bool is_shared(int vlan) const;
     const NaiveInterface &interface(const std::string &name) const { return interfaces_.at(name); }
     const NaiveStations &stations() const { return stations_; }
     NaiveStations &stations() { return stations_; }

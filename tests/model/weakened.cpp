@@ -158,6 +158,15 @@ void heal(NaiveSwitch &model, const Touched &touched, const Step &step)
     }
 }
 
+bool is_of_shared_vlan(const std::string &key, const NaiveSwitch &model, const Touched &touched)
+{
+    return std::ranges::any_of(touched.interfaces, [&](const std::string &name) {
+        const int vlan = model.interface(name).plan.vlan;
+        return model.is_shared(vlan) &&
+               (model.shares_vlan(name, key) || key.starts_with(fmt::format("vlan {} ", vlan)));
+    });
+}
+
 std::vector<Difference> adopt(NaiveSwitch &model, const Touched &touched, const State &state)
 {
     std::vector<Difference> wrong;

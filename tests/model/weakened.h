@@ -15,6 +15,9 @@
  *    none in use is held back, and that those of others stayed.
  *  - Stations of the MACs in the request. A station whose deletion was refused is forgotten by the
  *    library, and stays until the power goes: there may be more of them, but none may be missing.
+ *  - Subinterfaces that share a VLAN, after a restore. Nobody counts them then, and the first that
+ * is deleted takes the VLAN from the others, unless that is what failed. Where they come to differ
+ * the lifecycle ends.
  */
 #pragma once
 
@@ -54,6 +57,9 @@ std::string next_healing(const Touched &touched, const Step &step,
 
 /** Brings the model to where the healing has to end. */
 void heal(NaiveSwitch &model, const Touched &touched, const Step &step);
+
+/** Whether a fact is of a VLAN that what was touched shares with others, or of one of these. */
+bool is_of_shared_vlan(const std::string &key, const NaiveSwitch &model, const Touched &touched);
 
 /** Takes over what isn't foretold. @return what is wrong with it */
 std::vector<Difference> adopt(NaiveSwitch &model, const Touched &touched,
