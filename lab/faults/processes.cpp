@@ -16,11 +16,23 @@
 #include <stdexcept>
 #include <utility>
 
+#if defined(RTIFHAL_WITH_COVERAGE)
+#include <gcov.h>
+#endif
+
 namespace lab::faults
 {
 
 namespace
 {
+
+/** What a process that ends by _exit would not write: how often its lines have run. */
+void write_coverage()
+{
+#if defined(RTIFHAL_WITH_COVERAGE)
+    __gcov_dump();
+#endif
+}
 
 /** The child's part; it never returns into the parent's code. */
 [[noreturn]] void run_body(const std::function<Lines()> &body, int out)
@@ -44,6 +56,7 @@ namespace
         }
         written += static_cast<std::size_t>(part);
     }
+    write_coverage();
     _exit(well ? 0 : 1);
 }
 
