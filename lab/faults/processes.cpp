@@ -17,7 +17,9 @@
 #include <utility>
 
 #if defined(RTIFHAL_WITH_COVERAGE)
+extern "C" {
 #include <gcov.h>
+}
 #endif
 
 namespace lab::faults

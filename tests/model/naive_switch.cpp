@@ -98,13 +98,12 @@ void NaiveSwitch::add(NaiveInterface &interface, int &code)
     }
 }
 
-/** A subinterface of a port-channel is stored under the ifindex of that, with the number in use. */
+/** A subinterface of a port-channel is stored under the ifindex of that. */
 void NaiveSwitch::note_record(const NaiveInterface &interface, bool stored)
 {
     const auto &plan = interface.plan;
     if (stored && plan.trunk != 0) {
-        const int number = interface.standing == Standing::up ? interface.number : 0;
-        channel_records_[plan.main != 0 ? plan.main : plan.ifindex] = {plan.name, number};
+        channel_records_[plan.main != 0 ? plan.main : plan.ifindex] = {plan.name, interface.number};
     }
 }
 
@@ -303,8 +302,8 @@ std::optional<int> NaiveSwitch::apply(const Step &step)
         remove(interfaces_.at(words[1]), words.size() == 3);
     } else if (words[0] == "set") {
         const NaiveInterface &interface = interfaces_.at(words[1]);
-        // A label goes into a record of the subinterface's own.
-        note_record(interface, interface.number != 0 && words[2] != "acl-label");
+        // One that is kept isn't stored; a label goes into a record of the subinterface's own.
+        note_record(interface, interface.standing == Standing::up && words[2] != "acl-label");
         // The class goes into the ingress object, under a number that one which is kept has parked.
         const bool is_parked =
             interface.standing == Standing::kept && interface.plan.kind != Kind::port_channel;
