@@ -191,11 +191,13 @@ void Completer::set_up_switch()
         done_.requests.push_back(
             {std::string(ADD_ROUTER_MAC), request, request.code == Layer::NO_STATION});
     }
-    for (VlanPlan &plan : vlan_plans_of(config_)) {
+    for (const VlanPlan &plan : vlan_plans_of(config_)) {
         if (layer_.l2().find(plan.vlan) == nullptr) {
             const std::string asked = fmt::format("set up {}", plan.name);
-            note(asked, layer_.l2().repair(std::move(plan)).up);
+            note(asked, layer_.l2().repair(plan).up);
         }
+        // The forwarding manager may know of other pairs than the configuration.
+        layer_.set_role(plan.vlan, plan.role);
     }
 }
 

@@ -80,6 +80,19 @@ TEST(SessionRestart, ALabelledSubinterfaceOfAPortChannelComesBackOnce)
                                     "7 of 7 interfaces up, "));
 }
 
+TEST(SessionRestart, APairThatWasTakenBackIsOneAgain)
+{
+    const Folder own;
+    const auto script = own.path / "script";
+    std::ofstream(script) << "up " << RTIFHAL_SOURCE_DIR << "/tests/model/lifecycles.json\n"
+                          << "pvlan del Vlan100 Vlan102\n"
+                             "restart restore\n"
+                             "expect station 00:00:5e:00:01:01 vlan = 102\n";
+    const CommandRun done =
+        rtif(fmt::format("run --state {} {}", (own.path / "state").string(), script.string()));
+    EXPECT_EQ(done.code, 0) << done.out;
+}
+
 TEST(SessionRestart, AFastAndAColdStartBeginAnew)
 {
     for (const std::string mode : {"fast", "cold"}) {
