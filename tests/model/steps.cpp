@@ -181,7 +181,11 @@ std::ostream &operator<<(std::ostream &out, const Step &step)
 rc::Gen<std::vector<Step>> any_steps(const lab::config::Description &config, const Draw &draw)
 {
     const Lines lines = lines_of(config);
-    const Strings failing = draw.faults ? FAILING : Strings{};
+    Strings failing = draw.faults ? FAILING : Strings{};
+    if (draw.restarts) {
+        // A restart would find the numbers of the last one that could be written.
+        std::erase(failing, "fwmpd_pss_globalc_store");
+    }
     const Strings failing_stations = draw.faults ? FAILING_STATIONS : Strings{};
     const auto step = rc::gen::weightedOneOf<Step>({
         {300, step_of(lines.adds, failing)},

@@ -15,6 +15,8 @@
  *    none in use is held back, and that those of others stayed.
  *  - Stations of the MACs in the request. A station whose deletion was refused is forgotten by the
  *    library, and stays until the power goes: there may be more of them, but none may be missing.
+ *  - Numbers held back that couldn't be stored, after a restart: the call that stores them isn't
+ * made to fail where lifecycles have restarts.
  *  - Subinterfaces that share a VLAN, after a restore. Nobody counts them then, and the first that
  * is deleted takes the VLAN from the others, unless that is what failed. Where they come to differ
  * the lifecycle ends.
