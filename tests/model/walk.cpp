@@ -210,11 +210,10 @@ private:
     void compare_healed(const Touched &touched)
     {
         auto found = differences(model_.facts(), seen(state()));
-        if (done_.restarts != 0) {
-            is_over_ = std::erase_if(found, [&](const Difference &one) {
-                           return is_of_shared_vlan(one.key, model_, touched);
-                       }) != 0;
-        }
+        is_over_ = std::erase_if(found, [&](const Difference &one) {
+                       return is_other_order(one) ||
+                              (done_.restarts != 0 && is_of_shared_vlan(one.key, model_, touched));
+                   }) != 0;
         done_.differences.insert(done_.differences.end(), found.begin(), found.end());
     }
 

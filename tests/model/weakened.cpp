@@ -8,6 +8,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <set>
+#include <sstream>
 
 namespace model_test
 {
@@ -165,6 +167,20 @@ bool is_of_shared_vlan(const std::string &key, const NaiveSwitch &model, const T
         return model.is_shared(vlan) &&
                (model.shares_vlan(name, key) || key.starts_with(fmt::format("vlan {} ", vlan)));
     });
+}
+
+bool is_other_order(const Difference &difference)
+{
+    const auto sorted = [](const std::string &list) {
+        std::multiset<std::string> names;
+        std::istringstream words(list);
+        for (std::string name; std::getline(words, name, ',');) {
+            names.insert(name);
+        }
+        return names;
+    };
+    return difference.key.starts_with("trunk ") &&
+           sorted(difference.expected) == sorted(difference.seen);
 }
 
 std::vector<Difference> adopt(NaiveSwitch &model, const Touched &touched, const State &state)

@@ -17,6 +17,8 @@
  *    library, and stays until the power goes: there may be more of them, but none may be missing.
  *  - Numbers held back that couldn't be stored, after a restart: the call that stores them isn't
  * made to fail where lifecycles have restarts.
+ *  - The order of a trunk's members: one whose deletion failed is still in. The lifecycle ends
+ * there.
  *  - Subinterfaces that share a VLAN, after a restore. Nobody counts them then, and the first that
  * is deleted takes the VLAN from the others, unless that is what failed. Where they come to differ
  * the lifecycle ends.
@@ -62,6 +64,9 @@ void heal(NaiveSwitch &model, const Touched &touched, const Step &step);
 
 /** Whether a fact is of a VLAN that what was touched shares with others, or of one of these. */
 bool is_of_shared_vlan(const std::string &key, const NaiveSwitch &model, const Touched &touched);
+
+/** Whether a trunk has the members that it should have, in another order. */
+bool is_other_order(const Difference &difference);
 
 /** Takes over what isn't foretold. @return what is wrong with it */
 std::vector<Difference> adopt(NaiveSwitch &model, const Touched &touched,
