@@ -22,9 +22,9 @@ namespace
 
 std::filesystem::path write_script(const CheckOptions &options, const std::string &text)
 {
-    const auto out = options.out.empty() ? std::filesystem::temp_directory_path() /
-                                               fmt::format("lifecycle-{}.rtif", options.seed)
-                                         : options.out;
+    auto out = options.out.empty() ? std::filesystem::temp_directory_path() /
+                                         fmt::format("lifecycle-{}.rtif", options.seed)
+                                   : options.out;
     std::ofstream(out) << text;
     return out;
 }
@@ -36,10 +36,11 @@ std::string told(const CheckOptions &options, const Checked &checked)
         seen += fmt::format("    {}: expected {}, seen {}\n", one.key, one.expected, one.seen);
     }
     const bool is_trident2 = options.chip == simswitch::chip::Kind::trident2;
-    return fmt::format("seed {}: the switch and the model differ after\n{}\nin\n{}\nrtif run "
-                       "--chip {} {}\n",
-                       options.seed, checked.shortest.text(), seen,
-                       is_trident2 ? "trident2" : "trident", checked.out.string());
+    return fmt::format(
+        "seed {}: the switch and the model differ after\n{}\nin\n{}\nrtif run "
+        "--chip {} {}{}\n",
+        options.seed, checked.shortest.text(), seen, is_trident2 ? "trident2" : "trident",
+        checked.shortest.restarts != 0 ? "--state $(mktemp -d) " : "", checked.out.string());
 }
 
 } // namespace

@@ -160,7 +160,8 @@ std::vector<Difference> differences(const Facts &expected, const Facts &seen)
             all.push_back(std::move(one));
         }
     }
-    std::ranges::stable_partition(all, [](const Difference &one) { return one.key[0] != '#'; });
+    std::stable_partition(all.begin(), all.end(),
+                          [](const Difference &one) { return one.key[0] != '#'; });
     return all;
 }
 

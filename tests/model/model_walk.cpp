@@ -12,11 +12,13 @@
 #include <fmt/ostream.h>
 
 #include <chrono>
+#include <cstdio>
+#include <exception>
 #include <iostream>
 #include <random>
 
 int main(int argc, char **argv)
-{
+try {
     using namespace model_test;
     CheckOptions options;
     std::size_t steps = 10000;
@@ -63,4 +65,7 @@ int main(int argc, char **argv)
         return 1;
     }
     return 0;
+} catch (const std::exception &error) {
+    std::fprintf(stderr, "model_walk: %s\n", error.what());
+    return 1;
 }

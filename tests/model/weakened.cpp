@@ -29,7 +29,7 @@ std::string next_of_interfaces(const Lines &interfaces, const Lines &done, const
         std::ranges::any_of(done, [](const std::string &line) { return line.starts_with("add "); });
     if (!adds) {
         for (auto name = interfaces.rbegin(); name != interfaces.rend(); ++name) {
-            const std::string line = "del " + *name;
+            std::string line = "del " + *name;
             if (state.interface(*name).standing() != Standing::down &&
                 std::ranges::count(done, line) < ATTEMPTS) {
                 return line;
@@ -37,7 +37,7 @@ std::string next_of_interfaces(const Lines &interfaces, const Lines &done, const
         }
     }
     for (const std::string &name : interfaces) {
-        const std::string line = "add " + name;
+        std::string line = "add " + name;
         if (std::ranges::find(done, line) == done.end()) {
             return line;
         }

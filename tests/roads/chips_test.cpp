@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <functional>
-#include <ranges>
 #include <regex>
 #include <utility>
 
@@ -141,7 +140,9 @@ Story tell(Kind chip)
     }
     story.up = road.all_named();
     story.up_fates = road.fates();
-    for (const Item &item : roads::items() | std::views::reverse) {
+    const auto &items = roads::items();
+    for (auto at = items.rbegin(); at != items.rend(); ++at) {
+        const Item &item = *at;
         if (item.part != Part::interface) {
             continue;
         }
