@@ -38,8 +38,8 @@ class Function:
     body: list = field(repr=False)  # tokens between its braces
 
 
-_TOKEN = re.compile(
-    r"""
+# The lexemes that every reader of C++ takes alike; each adds its own for signs.
+LEXEMES = r"""
     (?P<comment> //[^\n]* | /\*.*?\*/ )
   | (?P<directive> ^[ \t]*\#(?:\\\n|[^\n])* )
   | (?P<raw> R"(?P<mark>[^()\\\s]*)\(.*?\)(?P=mark)" )
@@ -48,10 +48,10 @@ _TOKEN = re.compile(
   | (?P<number> \.?[0-9](?:'?[0-9a-zA-Z_.])* )
   | (?P<name> [A-Za-z_]\w* )
   | (?P<space> \s+ )
-  | (?P<other> -> | :: | . )
-    """,
-    re.VERBOSE | re.DOTALL | re.MULTILINE,
-)
+"""
+LEXEME_FLAGS = re.VERBOSE | re.DOTALL | re.MULTILINE
+
+_TOKEN = re.compile(LEXEMES + r"| (?P<other> -> | :: | . )", LEXEME_FLAGS)
 
 _OPENING = {"(": ")", "[": "]", "{": "}"}
 

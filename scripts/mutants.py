@@ -18,18 +18,11 @@ from dataclasses import dataclass
 import cpp_source
 
 _TOKEN = re.compile(
-    r"""
-    (?P<comment> //[^\n]* | /\*.*?\*/ )
-  | (?P<directive> ^[ \t]*\#(?:\\\n|[^\n])* )
-  | (?P<raw> R"(?P<mark>[^()\\\s]*)\(.*?\)(?P=mark)" )
-  | (?P<string> (?:u8|[uUL])?"(?:\\.|[^"\\\n])*" )
-  | (?P<char> '(?:\\.|[^'\\\n])+' )
-  | (?P<number> \.?[0-9](?:'?[0-9a-zA-Z_.])* )
-  | (?P<name> [A-Za-z_]\w* )
-  | (?P<space> \s+ )
+    cpp_source.LEXEMES
+    + r"""
   | (?P<sign> <<=|>>=|->|::|\+\+|--|&&|\|\||==|!=|<=|>=|\+=|-=|\*=|/=|%=|&=|\|=|\^=|<<|>> | . )
     """,
-    re.VERBOSE | re.DOTALL | re.MULTILINE,
+    cpp_source.LEXEME_FLAGS,
 )
 
 # Binary signs, which the style puts between spaces.

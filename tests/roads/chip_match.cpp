@@ -214,22 +214,6 @@ Lines named_tables(simswitch::Switch &hardware, const lab::l3lif::Layer &layer)
     return lines;
 }
 
-Lines mismatch(const Lines &one, const Lines &other)
-{
-    Lines gone;
-    Lines added;
-    std::ranges::set_difference(one, other, std::back_inserter(gone));
-    std::ranges::set_difference(other, one, std::back_inserter(added));
-    Lines all;
-    for (const std::string &line : gone) {
-        all.push_back("- " + line);
-    }
-    for (const std::string &line : added) {
-        all.push_back("+ " + line);
-    }
-    return all;
-}
-
 std::string first_difference(const Lines &one, const Lines &other)
 {
     const auto [left, right] = std::ranges::mismatch(one, other);

@@ -39,13 +39,6 @@ std::vector<std::string> named_entries(const simswitch::chip::Chip &chip,
  */
 std::vector<std::string> named_tables(simswitch::Switch &hardware, const lab::l3lif::Layer &layer);
 
-/**
- * What only one of two has, "- " the first, "+ " the second; of entries that are there several
- * times, each surplus one.
- */
-std::vector<std::string> mismatch(const std::vector<std::string> &one,
-                                  const std::vector<std::string> &other);
-
 /** The first place where two lists part, as "place 7: - …, + …"; empty where they don't. */
 std::string first_difference(const std::vector<std::string> &one,
                              const std::vector<std::string> &other);

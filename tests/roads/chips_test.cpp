@@ -5,6 +5,8 @@
 #include "roads/chip_match.h"
 #include "roads/road_switch.h"
 
+#include "faults/views.h"
+
 #include <algorithm>
 #include <array>
 #include <functional>
@@ -199,14 +201,16 @@ TEST(Chips, DifferInNoOtherEntryThanTheListed)
 {
     const Story trident = tell(Kind::trident);
     const Story trident2 = tell(Kind::trident2);
-    EXPECT_EQ(roads::mismatch(sorted(on_trident2(trident.up, "")), without_vxlan(trident2.up)),
-              Lines{});
-    EXPECT_EQ(roads::mismatch(sorted(on_trident2(trident.down, "")), without_vxlan(trident2.down)),
+    EXPECT_EQ(
+        lab::faults::differences(sorted(on_trident2(trident.up, "")), without_vxlan(trident2.up)),
+        Lines{});
+    EXPECT_EQ(lab::faults::differences(sorted(on_trident2(trident.down, "")),
+                                       without_vxlan(trident2.down)),
               Lines{});
     // A port-channel without families is up for its subinterfaces. They open the ports of a
     // Trident, where its packets find no route; on a Trident2 its ingress object keeps it closed.
     const std::string words = "--in Ethernet28 --ip 10.0.0.9 10.0.4.9: dropped: ";
-    EXPECT_EQ(roads::mismatch(sorted(trident.up_fates), sorted(trident2.up_fates)),
+    EXPECT_EQ(lab::faults::differences(sorted(trident.up_fates), sorted(trident2.up_fates)),
               (Lines{"- " + words + "no route to its destination",
                      "+ " + words + "not routable: routing of its kind is off"}));
 }

@@ -4,6 +4,8 @@
  */
 #include "roads/leftovers.h"
 
+#include "faults/views.h"
+
 #include "l3lif/interface_numbers.h"
 #include "l3lif/property_requests.h"
 #include "rtifhal_trident.h"
@@ -161,15 +163,15 @@ TEST_P(Leftovers, OfAnAddAndADeleteAreTheListedAndNoMoreTheNextFiftyTimes)
     road.add(tried.name);
     road.remove(tried.name);
     const Lines once = seen(road);
-    EXPECT_EQ(sorted(roads::mismatch(base, once)), sorted(tried.left(chip)));
+    EXPECT_EQ(sorted(lab::faults::differences(base, once)), sorted(tried.left(chip)));
     for (int again = 0; again < 49; ++again) {
         road.add(tried.name);
         road.remove(tried.name);
         if (again == 0) {
-            EXPECT_EQ(roads::mismatch(once, seen(road)), Lines{});
+            EXPECT_EQ(lab::faults::differences(once, seen(road)), Lines{});
         }
     }
-    EXPECT_EQ(roads::mismatch(once, seen(road)), Lines{});
+    EXPECT_EQ(lab::faults::differences(once, seen(road)), Lines{});
     // A number is held back each time: the next add takes a free one.
     EXPECT_EQ(held_back() - base_held, is_interface() ? 50 : 0);
 }
@@ -184,12 +186,12 @@ TEST_P(LeftoversOfInterfaces, ThatWereKeptAndThenDeletedAreTheSame)
     road.remove(tried.name, true);
     // A tunnel goes for good, kept or not.
     const bool goes = tried.name == "Tunnel1";
-    EXPECT_EQ(sorted(roads::mismatch(once, seen(road))),
+    EXPECT_EQ(sorted(lab::faults::differences(once, seen(road))),
               goes ? Lines{} : sorted(kept(chip, tried, number, numbers_in_use(once))));
     road.add(tried.name);
     EXPECT_EQ(road.interface(tried.name).lif->iif() == number, !goes);
     road.remove(tried.name);
-    EXPECT_EQ(roads::mismatch(once, seen(road)), Lines{});
+    EXPECT_EQ(lab::faults::differences(once, seen(road)), Lines{});
 }
 
 TEST_P(LeftoversOfInterfaces, WhosePropertiesWereSetAreThoseListedBeside)
@@ -202,5 +204,6 @@ TEST_P(LeftoversOfInterfaces, WhosePropertiesWereSetAreThoseListedBeside)
     road.remove(tried.name, true);
     road.add(tried.name);
     road.remove(tried.name);
-    EXPECT_EQ(roads::mismatch(roads::changed(once, tried.by_properties), seen(road)), Lines{});
+    EXPECT_EQ(lab::faults::differences(roads::changed(once, tried.by_properties), seen(road)),
+              Lines{});
 }

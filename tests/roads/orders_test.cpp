@@ -6,6 +6,8 @@
 #include "roads/chip_match.h"
 #include "roads/road_switch.h"
 
+#include "faults/views.h"
+
 #include <algorithm>
 #include <memory>
 #include <random>
@@ -250,8 +252,8 @@ TEST_P(Orders, OfTheSameAddsEndInTheSameChipAndTables)
     for (std::uint32_t seed = 1; seed <= 12; ++seed) {
         const auto steps = order(seed, false);
         const auto road = go(GetParam(), steps);
-        EXPECT_EQ(roads::mismatch(changed(file_end(GetParam()).named, changes_by(steps)),
-                                  road->all_named()),
+        EXPECT_EQ(lab::faults::differences(changed(file_end(GetParam()).named, changes_by(steps)),
+                                           road->all_named()),
                   Lines{})
             << "seed " << seed;
     }
@@ -274,7 +276,8 @@ TEST_P(Orders, WithDeletesInBetweenDifferInWhatDeletesLeaveAlone)
         const auto steps = order(seed, true);
         const auto changes = changes_by(steps);
         const auto road = go(GetParam(), steps);
-        EXPECT_EQ(roads::mismatch(changed(file_end(GetParam()).named, changes), road->all_named()),
+        EXPECT_EQ(lab::faults::differences(changed(file_end(GetParam()).named, changes),
+                                           road->all_named()),
                   Lines{})
             << "seed " << seed;
         EXPECT_EQ(roads::first_difference(road->fates(),

@@ -92,7 +92,7 @@ Lines joined(const std::vector<Lines> &lists)
 /** Two tables held against each other, sorted. */
 Lines changes(const Lines &before, const Lines &after)
 {
-    return joined({roads::mismatch(before, after)});
+    return joined({lab::faults::differences(before, after)});
 }
 
 /** The numbers that are taken. PortChannel3 (10) and PortChannel3.20 (17) are stored under one
