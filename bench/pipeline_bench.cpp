@@ -95,13 +95,13 @@ void measure(benchmark::State &state, const Traffic &traffic, bool may_allocate,
         }
     }
     std::size_t next = 0;
-    const std::size_t before = bench::allocations();
+    const std::size_t before = simswitch::chip::pipeline::allocations();
     for (auto round : state) {
         take(traffic.port, traffic.frames[next], result);
         benchmark::DoNotOptimize(result.size);
         next = next + 1 == traffic.frames.size() ? 0 : next + 1;
     }
-    const std::size_t allocated = bench::allocations() - before;
+    const std::size_t allocated = simswitch::chip::pipeline::allocations() - before;
     went_wrong = went_wrong || (allocated != 0 && !may_allocate);
     const auto frames = static_cast<double>(state.iterations());
     state.counters["frames/s"] = benchmark::Counter(frames, benchmark::Counter::kIsRate);

@@ -3,38 +3,10 @@
  * the program is counted, but under a sanitizer, which has its own operators and
  * needs them.
  */
+#include "allocations.h"
 #include "pipeline_chip.h"
 
 #ifndef __SANITIZE_ADDRESS__
-
-#include <cstdlib>
-#include <new>
-
-namespace
-{
-
-std::size_t allocations = 0;
-
-} // namespace
-
-void *operator new(std::size_t size)
-{
-    ++allocations;
-    if (void *memory = std::malloc(size == 0 ? 1 : size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-
-void operator delete(void *memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void *memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
 
 namespace simswitch::chip::pipeline
 {
@@ -58,7 +30,7 @@ TEST_F(PipelineAllocation, TenThousandFramesAllocateNothing)
         std::pair(11, plain_frame(0x1234, {.to = HOST_MAC, .from = OTHER_MAC, .tags = {200}}))};
     pipeline.run(5, frames[0].second, result);
     Bytes moving = plain_frame(0x1234, {.to = OTHER_MAC, .tags = {200}});
-    const std::size_t before = allocations;
+    const std::size_t before = allocations();
     std::size_t sent = 0;
     for (std::size_t i = 0; i < 10000; ++i) {
         moving[10] = static_cast<std::uint8_t>(i >> 8);
@@ -68,7 +40,7 @@ TEST_F(PipelineAllocation, TenThousandFramesAllocateNothing)
         sent += result.verdict == Verdict::sent ? 1 : 0;
         pipeline.run(12, moving, result);
     }
-    EXPECT_EQ(allocations - before, 0U);
+    EXPECT_EQ(allocations() - before, 0U);
     EXPECT_EQ(sent, 6666U);
     EXPECT_EQ(pipeline.l2().size(), pipeline.l2().limit());
 }

@@ -1,5 +1,6 @@
 /*
- * allocations.cpp: the program's own `operator new`, which counts.
+ * allocations.cpp: the program's own `operator new`, which counts. A sanitizer has
+ * its own operators, and needs them.
  */
 #include "allocations.h"
 
@@ -12,6 +13,8 @@ namespace
 std::size_t count = 0;
 
 } // namespace
+
+#ifndef __SANITIZE_ADDRESS__
 
 void *operator new(std::size_t size)
 {
@@ -32,7 +35,9 @@ void operator delete(void *memory, std::size_t) noexcept
     std::free(memory);
 }
 
-namespace bench
+#endif
+
+namespace simswitch::chip::pipeline
 {
 
 std::size_t allocations()
@@ -40,4 +45,4 @@ std::size_t allocations()
     return count;
 }
 
-} // namespace bench
+} // namespace simswitch::chip::pipeline
