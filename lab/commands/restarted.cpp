@@ -117,6 +117,7 @@ void go_on_in_another_process(const RunOptions &options, const Restarted &restar
     }
     words.push_back(fmt::format("/proc/self/fd/{}", file));
     std::vector<char *> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string &word : words) {
         arguments.push_back(word.data());
     }
