@@ -179,8 +179,12 @@ std::set<std::size_t> Share::chosen_steps(const Road &road, World *world)
 
 Lines Share::first_calls(const Road &road, World *world, const std::set<std::size_t> &asked)
 {
-    const std::unique_ptr<World> own = world == nullptr ? road.begin() : nullptr;
-    World &here = own ? *own : *world;
+    std::unique_ptr<World> own;
+    if (world == nullptr) {
+        own = road.begin();
+        world = own.get();
+    }
+    World &here = *world;
     Lines chosen;
     for (std::size_t i = 0; i < road.steps.size(); ++i) {
         make_step(road.steps[i], here);
