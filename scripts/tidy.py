@@ -1,9 +1,9 @@
 """tidy.py: clang-tidy over all sources, a few of one folder at a time.
 
 Reading GoogleTest, JSON and the standard library is most of clang-tidy's work, so
-sources that are compiled alike are joined into one before it reads them. What it
-finds is told of the source's own file and line. Joined sources whose nameless
-names clash are looked at alone. What was clean is remembered by its contents, its
+sources that are compiled alike are joined into one before it reads them. Where that
+isn't clean, each is looked at alone: their nameless names may clash, or one's using
+may serve another. Findings name the source's own file and line. What was clean is remembered by its contents, its
 headers' and the checks', and isn't looked at again until one of them changes.
 
     tidy.py build/check          all sources of that folder's compile commands
@@ -30,7 +30,6 @@ LEFT_OUT = {"lab/session/platform_functions.cpp"}
 # Some of g++'s warnings clang doesn't know.
 EXTRA = ["--extra-arg=-Wno-unknown-warning-option"]
 PLACE = re.compile(r"^(?P<file>[^\s:]+):(?P<line>\d+):(?P<rest>\d+: )", re.MULTILINE)
-NOT_COMPILED = "[clang-diagnostic-error"
 
 
 def own_commands(commands, folders):
@@ -130,11 +129,13 @@ class Tidy:
         if stamp is not None and stamp.exists():
             return ""
         output = self.run(unit, directory, words)
-        if output and NOT_COMPILED in output and len(group) > 1:
-            return "".join(self.look([command]) for command in group)
+        if output and len(group) > 1:
+            output = "".join(self.look([command]) for command in group)
+        else:
+            output = placed(output, str(unit), places)
         if not output and stamp is not None:
             stamp.touch()
-        return placed(output, str(unit), places)
+        return output
 
     def run(self, unit, directory, words):
         made = subprocess.run(
