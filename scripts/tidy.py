@@ -3,8 +3,9 @@
 Reading GoogleTest, JSON and the standard library is most of clang-tidy's work, so
 sources that are compiled alike are joined into one before it reads them. Where that
 isn't clean, each is looked at alone: their nameless names may clash, or one's using
-may serve another. Findings name the source's own file and line. What was clean is remembered by its contents, its
-headers' and the checks', and isn't looked at again until one of them changes.
+may serve another. Findings name the source's own file and line. What was clean is
+remembered by its contents, its headers' and the checks', and isn't looked at again
+until one of them changes.
 
     tidy.py build/check          all sources of that folder's compile commands
     tidy.py build/check lab/cpu  those below these folders
