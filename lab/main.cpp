@@ -3,6 +3,7 @@
  */
 #include "commands/command_line.h"
 #include "commands/line_editor.h"
+#include "commands/progress_bar.h"
 
 #include <cstdlib>
 #include <iostream>
@@ -14,5 +15,6 @@ int main(int argc, char **argv)
     const bool wanted = no_colour == nullptr || *no_colour == '\0';
     return lab::commands::run(argc, argv,
                               {std::cout, std::cerr, wanted && isatty(STDOUT_FILENO) == 1,
-                               lab::commands::LineEditor::columns()});
+                               lab::commands::LineEditor::columns(),
+                               lab::commands::ProgressBar::can_show()});
 }

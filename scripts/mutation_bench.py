@@ -95,6 +95,8 @@ class Bench:
 
     def _take_objects(self):
         """Copies the build's objects and finds how each is compiled."""
+        # Benchmarks compile the same sources for themselves.
+        own = self.build / self.library.relative_to(page.ROOT)
         database = self.build / "compile_commands.json"
         if not database.exists():
             raise BenchError(f"{database} is missing: run `./dev build` first")
@@ -105,6 +107,8 @@ class Bench:
             words = shlex.split(entry["command"])
             at = words.index("-o") + 1
             built = Path(entry["directory"]) / words[at]
+            if own not in built.parents:
+                continue
             _need_newer(built, file)
             name = file.relative_to(self.library).as_posix()
             taken = self.folder / f"{name.replace('/', '-')}.o"

@@ -138,9 +138,17 @@ void check_members(const Scene &scene, const Stored &stored)
 
 void check_stored(const Scene &scene)
 {
-    for (std::size_t i = 0; i < scene.stored.size(); ++i) {
-        const l3lif::RestoredInterface &restored = scene.restored.interfaces[i];
-        const Stored stored{scene.stored[i], restored, restored.interface->lif->plan().name};
+    auto next = scene.restored.interfaces.begin();
+    for (const auto &record : scene.stored) {
+        // They come in the store's order; one that isn't there was restored from another record.
+        if (next == scene.restored.interfaces.end() || next->ifindex != record.ifindex) {
+            scene.note(fmt::format("{}: stored under its own ifindex too, by a label that it was "
+                                   "given; a restore leaves that record alone",
+                                   if_index::name(record.ifindex)));
+            continue;
+        }
+        const l3lif::RestoredInterface &restored = *next++;
+        const Stored stored{record, restored, restored.interface->lif->plan().name};
         if (!if_index::parts(stored.record.ifindex)) {
             scene.differ(
                 fmt::format("a record under ifindex {:#x}, which is none", stored.record.ifindex),

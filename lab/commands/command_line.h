@@ -21,6 +21,8 @@ struct Terminal {
     std::ostream &err;
     bool colour = false;   ///< `out` is a terminal that wants colours
     std::size_t width = 0; ///< columns of the terminal that `out` is; 0 for none
+    bool progress =
+        false; ///< standard error is a terminal on which a long run may show how far it is
 };
 
 /** Runs rtif with the arguments of main; returns the exit code. */

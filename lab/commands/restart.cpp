@@ -3,6 +3,7 @@
  */
 #include "commands/restart.h"
 
+#include "commands/progress_bar.h"
 #include "commands/up.h"
 #include "config/reader.h"
 #include "l3lif/restart_routes.h"
@@ -63,6 +64,9 @@ void print(const RestartOptions &options, const report::RestartReport &report, s
 int restart(const RestartOptions &options, std::ostream &out)
 {
     const auto hardware = l3lif::open_saved(options.state_dir);
+    if (!options.view.wants_requests()) {
+        l3lif::keep_errors_only(*hardware);
+    }
     return restart_on(*hardware, options, out);
 }
 
@@ -76,14 +80,18 @@ int restart_on(simswitch::Switch &hardware, const RestartOptions &options, std::
         l3lif::keep_config(options.state_dir, options.config);
     }
     l3lif::Layer layer(hardware);
+    const bool restores = options.mode == l3lif::RestartMode::restore;
+    ProgressBar bar(options.progress);
     const l3lif::RestartResult restarted =
-        l3lif::restart(hardware, layer, options.mode, config ? &*config : nullptr);
+        l3lif::restart(hardware, layer, options.mode, config ? &*config : nullptr,
+                       bar.listener(restores ? "restoring" : "bringing up"));
     report::RestartReport report{options.state_dir.string(), &hardware, &layer, &restarted, {}, {}};
-    if (options.mode != l3lif::RestartMode::restore) {
+    if (!restores) {
         report.up = result_of(hardware, *config, layer);
     } else if (options.then_up) {
-        report.completion = l3lif::complete(hardware, layer, *config);
+        report.completion = l3lif::complete(hardware, layer, *config, bar.listener("bringing up"));
     }
+    bar.clear();
     print(options, report, out);
     return is_good(report) ? 0 : 1;
 }

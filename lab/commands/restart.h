@@ -22,6 +22,7 @@ struct RestartOptions {
     std::filesystem::path default_routes = {}; ///< fast: the file of default routes; empty: none
     bool then_up = false;                      ///< restore: then brings up what the store had not
     bool json = false;
+    bool progress = false; ///< shows on standard error how far it is
     report::View view = {};
 };
 

@@ -88,6 +88,7 @@ Command add_restart(CLI::App &app)
                 options.config = parsed->config;
                 options.default_routes = parsed->default_routes;
                 options.view.colour = terminal.colour;
+                options.progress = terminal.progress;
                 return commands::restart(options, terminal.out);
             }};
 }

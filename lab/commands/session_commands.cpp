@@ -59,6 +59,7 @@ Command add_up(CLI::App &app)
                 options.chip = chip_kinds().at(parsed->chip);
                 options.state_dir = parsed->state_dir;
                 options.view.colour = terminal.colour;
+                options.progress = terminal.progress;
                 return commands::up(options, terminal.out);
             }};
 }

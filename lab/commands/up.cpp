@@ -3,6 +3,7 @@
  */
 #include "commands/up.h"
 
+#include "commands/progress_bar.h"
 #include "config/reader.h"
 #include "l3lif/bring_up.h"
 #include "l3lif/layer.h"
@@ -17,6 +18,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -40,16 +42,17 @@ report::InterfaceResult judge(const simswitch::Switch &hardware, const l3lif::In
     return result;
 }
 
-/** The number in the chip of a VLAN's SVI; 0 when it has none. */
-int svi_of(const report::UpResult &result, std::uint16_t vlan)
+/** The numbers in the chip of the SVIs, by VLAN. */
+std::map<std::uint16_t, int> svis_of(const report::UpResult &result)
 {
+    std::map<std::uint16_t, int> svis;
     for (const auto &interface : result.interfaces) {
         const auto &plan = interface.interface->lif->plan();
-        if (plan.kind == config::Kind::svi && plan.vlan == vlan) {
-            return interface.view.iif;
+        if (plan.kind == config::Kind::svi) {
+            svis.try_emplace(plan.vlan, interface.view.iif);
         }
     }
-    return 0;
+    return svis;
 }
 
 report::VirtualMacResult judge(const simswitch::Switch &hardware, const l3lif::Layer &layer,
@@ -69,11 +72,10 @@ report::VirtualMacResult judge(const simswitch::Switch &hardware, const l3lif::L
     return result;
 }
 
-report::PairResult judge(const simswitch::Switch &hardware, const report::UpResult &run,
-                         const l3lif::Pair &pair)
+/** @param svi  the number in the chip of the primary's SVI; 0 when it has none */
+report::PairResult judge(const simswitch::Switch &hardware, const l3lif::Pair &pair, int svi)
 {
-    report::PairResult result{
-        &pair, l3lif::read_back(hardware, pair.plan, svi_of(run, pair.plan.primary)), {}};
+    report::PairResult result{&pair, l3lif::read_back(hardware, pair.plan, svi), {}};
     result.error = pair.up.last_error();
     if (result.error.empty()) {
         result.error = result.view.missing;
@@ -90,8 +92,10 @@ void judge_all(const simswitch::Switch &hardware, const l3lif::Layer &layer,
     for (const auto &mac : layer.virtual_macs()) {
         result.virtual_macs.push_back(judge(hardware, layer, mac));
     }
+    const auto svis = svis_of(result);
     for (const auto &pair : layer.pairs()) {
-        result.pairs.push_back(judge(hardware, result, pair));
+        const auto svi = svis.find(pair.plan.primary);
+        result.pairs.push_back(judge(hardware, pair, svi == svis.end() ? 0 : svi->second));
     }
 }
 
@@ -130,6 +134,9 @@ report::Teardown tear_down(simswitch::Switch &hardware, l3lif::Layer &layer,
 int up(const UpOptions &options, std::ostream &out)
 {
     simswitch::Switch hardware({.chip = options.chip, .state_dir = options.state_dir});
+    if (!options.view.wants_requests()) {
+        l3lif::keep_errors_only(hardware);
+    }
     return up_on(hardware, options, out);
 }
 
@@ -155,7 +162,8 @@ int up_on(simswitch::Switch &hardware, const UpOptions &options, std::ostream &o
 
     const l3lif::Moment before = l3lif::look(hardware);
     l3lif::Layer layer(hardware);
-    l3lif::bring_all_up(config, layer);
+    ProgressBar bar(options.progress);
+    l3lif::bring_all_up(config, layer, {}, bar.listener("bringing up"));
     report::UpResult result = result_of(hardware, config, layer);
     result.notes.insert(result.notes.begin() + static_cast<std::ptrdiff_t>(config.notes.size()),
                         earlier.begin(), earlier.end());
@@ -163,6 +171,7 @@ int up_on(simswitch::Switch &hardware, const UpOptions &options, std::ostream &o
         result.teardown = tear_down(hardware, layer, before);
     }
 
+    bar.clear();
     if (options.json) {
         report::print_json(result, options.view, out);
     } else {

@@ -21,6 +21,7 @@ struct UpOptions {
     std::filesystem::path state_dir = {}; ///< folder of chip and store; empty: in memory
     bool json = false;
     bool then_down = false; ///< takes everything down again and compares
+    bool progress = false;  ///< shows on standard error how far it is
     report::View view = {};
 };
 

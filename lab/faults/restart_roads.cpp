@@ -148,7 +148,7 @@ Request restore_globals(World &world)
 LifPlan plan_of(World &world, const simswitch::services::StoredInterface &stored)
 {
     const auto plans = l3lif::plans_of(world.config);
-    const LifPlan *known = l3lif::find_plan(plans, stored);
+    const LifPlan *known = l3lif::PlanIndex(plans).find(stored);
     return known != nullptr ? *known : l3lif::plan_from_record(world.hardware, stored);
 }
 

@@ -37,24 +37,33 @@ void check_state(const simswitch::Switch &hardware)
 }
 
 void bring_all_up(const config::Description &config, Layer &layer,
-                  const std::function<void(const Interface &)> &after_each)
+                  const std::function<void(const Interface &)> &after_each,
+                  const Progress &progress)
 {
-    layer.add_router_mac(config.device_mac);
-    for (auto &plan : vlan_plans_of(config)) {
-        layer.set_up_vlan(std::move(plan));
-    }
+    auto vlans = vlan_plans_of(config);
     const auto plans = plans_of(config);
+    const auto pairs = pair_plans_of(config);
+    auto macs = virtual_mac_plans_of(config, plans);
+    Steps steps(progress, vlans.size() + plans.size() + pairs.size() + macs.size());
+    layer.add_router_mac(config.device_mac);
+    for (auto &plan : vlans) {
+        layer.set_up_vlan(std::move(plan));
+        steps.step();
+    }
     for (const auto &plan : plans) {
         const Interface &interface = layer.bring_up(plan);
         if (after_each) {
             after_each(interface);
         }
+        steps.step();
     }
-    for (const auto &plan : pair_plans_of(config)) {
+    for (const auto &plan : pairs) {
         layer.add_pair(plan);
+        steps.step();
     }
-    for (auto &plan : virtual_mac_plans_of(config, plans)) {
+    for (auto &plan : macs) {
         layer.add_virtual_mac(std::move(plan));
+        steps.step();
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include "config/description.h"
 #include "l3lif/layer.h"
+#include "l3lif/progress.h"
 
 #include "switch.h"
 
@@ -35,9 +36,11 @@ void check_state(const simswitch::Switch &hardware);
  * Brings everything up.
  *
  * @param after_each  called with each interface that has been brought up; may be empty
+ * @param progress    told of each VLAN, interface, pair and virtual MAC
  */
 void bring_all_up(const config::Description &config, Layer &layer,
-                  const std::function<void(const Interface &)> &after_each = {});
+                  const std::function<void(const Interface &)> &after_each = {},
+                  const Progress &progress = {});
 
 /** A request and what was asked. */
 struct NamedRequest {

@@ -71,12 +71,18 @@ Request run(simswitch::Switch &hardware, const std::string &name,
 
 } // namespace
 
+L2Vlan &L2Side::keep(std::unique_ptr<L2Vlan> vlan)
+{
+    by_id_.try_emplace(vlan->plan.vlan, vlan.get());
+    vlans_.push_back(std::move(vlan));
+    return *vlans_.back();
+}
+
 const L2Vlan &L2Side::set_up(VlanPlan plan)
 {
     auto vlan = std::make_unique<L2Vlan>();
     vlan->plan = std::move(plan);
-    L2Vlan &made = *vlan;
-    vlans_.push_back(std::move(vlan));
+    L2Vlan &made = keep(std::move(vlan));
     made.up = run(hardware_, fmt::format("set up {}", made.plan.name),
                   [this, &made] { return create(made); });
     return made;
@@ -103,15 +109,14 @@ bool L2Side::adopt(VlanPlan plan)
         vlan->before = *there;
     }
     rtifhal_set_l2_vlan(vlan->plan.vlan);
-    vlans_.push_back(std::move(vlan));
+    keep(std::move(vlan));
     return true;
 }
 
 const L2Vlan *L2Side::find(std::uint16_t vlan) const
 {
-    const auto found = std::find_if(vlans_.begin(), vlans_.end(),
-                                    [vlan](const auto &known) { return known->plan.vlan == vlan; });
-    return found == vlans_.end() ? nullptr : found->get();
+    const auto found = by_id_.find(vlan);
+    return found == by_id_.end() ? nullptr : found->second;
 }
 
 void L2Side::set_role(std::uint16_t vlan, config::VlanRole role)
@@ -151,8 +156,7 @@ const L2Vlan &L2Side::repair(VlanPlan plan)
 {
     auto made = std::make_unique<L2Vlan>();
     made->plan = std::move(plan);
-    L2Vlan &vlan = *made;
-    vlans_.push_back(std::move(made));
+    L2Vlan &vlan = keep(std::move(made));
     vlan.up = run(hardware_, fmt::format("set up {}", vlan.plan.name), [this, &vlan] {
         const int id = vlan.plan.vlan;
         simswitch::Outcome outcome;

@@ -18,6 +18,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <unordered_map>
 #include <vector>
 
 namespace lab::l3lif
@@ -70,7 +71,10 @@ private:
     simswitch::Outcome end(const L2Vlan &vlan);
 
     simswitch::Switch &hardware_;
+    L2Vlan &keep(std::unique_ptr<L2Vlan> vlan);
+
     std::vector<std::unique_ptr<L2Vlan>> vlans_;
+    std::unordered_map<int, L2Vlan *> by_id_;
 };
 
 } // namespace lab::l3lif

@@ -5,7 +5,8 @@
 
 #include "services/ifindex.h"
 
-#include <algorithm>
+#include <string_view>
+#include <unordered_map>
 
 namespace lab::l3lif
 {
@@ -180,16 +181,19 @@ std::vector<PairPlan> pair_plans_of(const config::Description &description)
 std::vector<VirtualMacPlan> virtual_mac_plans_of(const config::Description &description,
                                                  const std::vector<LifPlan> &interfaces)
 {
+    std::unordered_map<std::string_view, const LifPlan *> owners;
+    for (const LifPlan &plan : interfaces) {
+        owners.try_emplace(plan.name, &plan);
+    }
     std::vector<VirtualMacPlan> plans;
     for (const auto &given : description.virtual_macs) {
-        const auto owner =
-            std::find_if(interfaces.begin(), interfaces.end(),
-                         [&given](const LifPlan &plan) { return plan.name == given.owner; });
-        if (owner != interfaces.end()) {
-            const bool is_svi = owner->kind == config::Kind::svi;
-            plans.push_back({given.owner, owner->ifindex, is_svi ? owner->vlan : std::uint16_t{0},
-                             given.mac, given.source});
+        const auto found = owners.find(given.owner);
+        if (found == owners.end()) {
+            continue;
         }
+        const LifPlan &owner = *found->second;
+        const std::uint16_t vlan = owner.kind == config::Kind::svi ? owner.vlan : std::uint16_t{0};
+        plans.push_back({given.owner, owner.ifindex, vlan, given.mac, given.source});
     }
     return plans;
 }

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <utility>
 
 namespace lab::l3lif
@@ -53,6 +55,15 @@ std::string last_refused_call(const simswitch::Journal &journal, std::size_t fir
     return "";
 }
 
+std::vector<simswitch::fwm::Message> messages_of(const simswitch::fwm::TraceLog &trace)
+{
+    std::vector<simswitch::fwm::Message> kept;
+    std::ranges::copy_if(trace.messages(), std::back_inserter(kept), [&trace](const auto &message) {
+        return !trace.errors_only || message.level == simswitch::fwm::LEVEL_ERROR;
+    });
+    return kept;
+}
+
 void take_message(const gchar * /*domain*/, GLogLevelFlags /*level*/, const gchar *text,
                   gpointer hardware)
 {
@@ -65,8 +76,9 @@ void take_message(const gchar * /*domain*/, GLogLevelFlags /*level*/, const gcha
 void Request::append(Request next)
 {
     code = code != 0 ? code : next.code;
-    calls.insert(calls.end(), next.calls.begin(), next.calls.end());
-    messages.insert(messages.end(), next.messages.begin(), next.messages.end());
+    std::ranges::move(next.calls, std::back_inserter(calls));
+    call_count += next.call_count;
+    std::ranges::move(next.messages, std::back_inserter(messages));
     if (refused_writes.empty()) {
         refused_writes = std::move(next.refused_writes);
     }
@@ -107,19 +119,28 @@ Request make_request(simswitch::Switch &hardware, const std::string &name,
     hardware.trace.clear();
     hardware.journal.begin_request(name);
     const std::size_t first = hardware.journal.records().size();
+    const std::uint64_t made = hardware.journal.calls_made();
     request.code = work();
     // The end of a request writes out what still waits in the queue.
     const auto report = hardware.wrappers.flush();
     if (report.refused != 0) {
         request.refused_writes = report.text;
     }
-    request.calls = hardware.journal.calls(first);
+    request.call_count = hardware.journal.calls_made() - made;
+    if (hardware.journal.keeps_all()) {
+        request.calls = hardware.journal.calls(first);
+    }
     if (request.code != 0) {
         request.refused_call = last_refused_call(hardware.journal, first);
     }
-    const auto &messages = hardware.trace.messages();
-    request.messages.assign(messages.begin(), messages.end());
+    request.messages = messages_of(hardware.trace);
     return request;
+}
+
+void keep_errors_only(simswitch::Switch &hardware)
+{
+    hardware.journal.keep(simswitch::Keep::request);
+    hardware.trace.errors_only = true;
 }
 
 GlibMessages::GlibMessages(simswitch::Switch &hardware)

@@ -19,11 +19,15 @@ namespace lab::l3lif
 
 /** What one request to the library did. */
 struct Request {
-    int code = 0;                   ///< what the library returned
-    std::vector<std::string> calls; ///< platform calls in order, as the journal has them
-    std::vector<simswitch::fwm::Message> messages; ///< the library's messages in order
+    int code = 0; ///< what the library returned
+    /** Platform calls in order, as the journal has them; none where it keeps only the request. */
+    std::vector<std::string> calls = {};
+    std::size_t call_count = 0; ///< how many there were
+    /** The library's messages in order; errors alone where the trace log keeps only those. */
+    std::vector<simswitch::fwm::Message> messages = {};
     std::string_view expected = {}; ///< start of an error message that is none here; or empty
-    std::string refused_writes; ///< what the chip refused when the queue was written out; or empty
+    std::string refused_writes =
+        {}; ///< what the chip refused when the queue was written out; or empty
     std::string refused_call = {}; ///< of one with a code, the last refused call, and why; or empty
 
     /** Adds what a later request for the same object did; the first failing code stays. */
@@ -45,6 +49,12 @@ struct Request {
  */
 Request make_request(simswitch::Switch &hardware, const std::string &name,
                      const std::function<int()> &work);
+
+/**
+ * Says that nobody will ask for the calls of requests, nor for messages that are
+ * no errors: from here on they are counted and forgotten.
+ */
+void keep_errors_only(simswitch::Switch &hardware);
 
 /** Takes GLib's messages into the trace of a switch, as long as it lives. */
 class GlibMessages

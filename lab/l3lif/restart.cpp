@@ -84,7 +84,7 @@ struct Restore {
     simswitch::Switch &hardware;
     Layer &layer;
     const config::Description *config;
-    std::vector<LifPlan> plans;
+    PlanIndex plans;
     RestartResult &result;
 };
 
@@ -93,7 +93,7 @@ void restore_interface(Restore &restore, const StoredInterface &stored)
     simswitch::Switch &hardware = restore.hardware;
     RestoredInterface restored;
     restored.ifindex = stored.ifindex;
-    const LifPlan *known = find_plan(restore.plans, stored);
+    const LifPlan *known = restore.plans.find(stored);
     if (known != nullptr && restore.layer.routed().find(known->name) != nullptr) {
         // A label stores a subinterface of a port-channel under its own ifindex, too.
         return;
@@ -145,21 +145,21 @@ void replay_adds(Restore &restore)
 }
 
 void run_restore(simswitch::Switch &hardware, Layer &layer, const config::Description *config,
-                 RestartResult &result)
+                 RestartResult &result, const Progress &progress)
 {
     const RestoreMode mode;
-    Restore restore{hardware, layer, config, {}, result};
-    if (config != nullptr) {
-        restore.plans = plans_of(*config);
-    }
+    const auto plans = config != nullptr ? plans_of(*config) : std::vector<LifPlan>{};
+    Restore restore{hardware, layer, config, PlanIndex(plans), result};
     load_global_config(hardware);
     result.globals = make_request(hardware, "restore the global context",
                                   [] { return rtifhal_trident_pss_restore_global_context(); });
     result.preserved = preserved_numbers();
     const auto stored = hardware.store.stored_interfaces();
     result.interfaces.reserve(stored.size());
+    Steps steps(progress, stored.size());
     for (const StoredInterface &one : stored) {
         restore_interface(restore, one);
+        steps.step();
     }
     replay_adds(restore);
 }
@@ -178,18 +178,19 @@ FastStep ask_for_adjacencies(simswitch::Switch &hardware, const Interface &inter
 }
 
 void bring_up_anew(simswitch::Switch &hardware, Layer &layer, const config::Description &config,
-                   RestartResult &result)
+                   RestartResult &result, const Progress &progress)
 {
     hardware.power_cycle();
     check_state(hardware);
     hardware.system.fast_restart = result.mode == RestartMode::fast;
     if (result.mode == RestartMode::cold) {
-        bring_all_up(config, layer);
+        bring_all_up(config, layer, {}, progress);
         return;
     }
-    bring_all_up(config, layer, [&](const Interface &interface) {
+    const auto ask = [&](const Interface &interface) {
         result.steps.push_back(ask_for_adjacencies(hardware, interface));
-    });
+    };
+    bring_all_up(config, layer, ask, progress);
     result.adjacencies = hardware.messages.requests();
 }
 
@@ -209,18 +210,18 @@ std::string_view mode_name(RestartMode mode)
 }
 
 RestartResult restart(simswitch::Switch &hardware, Layer &layer, RestartMode mode,
-                      const config::Description *config)
+                      const config::Description *config, const Progress &progress)
 {
     RestartResult result;
     result.mode = mode;
     const std::uint64_t before = hardware.chip.writes;
     if (mode == RestartMode::restore) {
-        run_restore(hardware, layer, config, result);
+        run_restore(hardware, layer, config, result, progress);
     } else if (config == nullptr) {
         throw std::invalid_argument(
             fmt::format("a {} restart needs a configuration", mode_name(mode)));
     } else {
-        bring_up_anew(hardware, layer, *config, result);
+        bring_up_anew(hardware, layer, *config, result, progress);
     }
     result.chip_writes = hardware.chip.writes - before;
     check_state(hardware);

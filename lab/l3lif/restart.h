@@ -15,6 +15,7 @@
 
 #include "config/description.h"
 #include "l3lif/layer.h"
+#include "l3lif/progress.h"
 
 #include "services/messages.h"
 #include "switch.h"
@@ -96,11 +97,12 @@ struct RestartResult {
  * @param layer     of that switch, without interfaces; owns them afterwards
  * @param mode      kind of start
  * @param config    the configuration; null for none, in restore mode only
+ * @param progress  told of each stored interface, or of all that is brought up
  * @throws std::invalid_argument when it is null and the mode needs one
  * @throws std::runtime_error when the state folder can't be read or takes nothing more
  */
 RestartResult restart(simswitch::Switch &hardware, Layer &layer, RestartMode mode,
-                      const config::Description *config = nullptr);
+                      const config::Description *config = nullptr, const Progress &progress = {});
 
 /** What the restore reports of a subinterface that is stored under its port-channel's ifindex. */
 inline constexpr std::string_view NO_MEMBERS = "Error - PC tree empty ";
@@ -135,8 +137,10 @@ struct Completion {
  * and virtual MACs, which no store keeps. An interface of which the chip has a
  * part only, as its add was cut short, is programmed again under its number.
  *
- * @param layer  that a restore has filled
+ * @param layer     that a restore has filled
+ * @param progress  told of each interface
  */
-Completion complete(simswitch::Switch &hardware, Layer &layer, const config::Description &config);
+Completion complete(simswitch::Switch &hardware, Layer &layer, const config::Description &config,
+                    const Progress &progress = {});
 
 } // namespace lab::l3lif

@@ -36,7 +36,7 @@ public:
     {
     }
 
-    Completion run();
+    Completion run(const Progress &progress);
 
 private:
     void note(std::string asked, const Request &request)
@@ -49,7 +49,7 @@ private:
     void clear_half_added_router_mac();
     void set_up_switch();
     void program_again(Interface &interface);
-    void bring_interfaces_up();
+    void bring_interfaces_up(const Progress &progress);
     void add_addresses();
 
     simswitch::Switch &hardware_;
@@ -157,7 +157,7 @@ void Completer::clear_orphans()
                  if (hardware_.wrappers.l3_ingress(orphan) != nullptr) {
                      hardware_.wrappers.destroy_l3_ingress(orphan);
                  }
-                 const bool has_interface = hardware_.chip.l3_interfaces.all().contains(orphan);
+                 const bool has_interface = hardware_.chip.l3_interfaces.find(orphan) != nullptr;
                  return has_interface ? hardware_.wrappers.delete_l3_interface(orphan).code : 0;
              }));
     }
@@ -216,7 +216,7 @@ void Completer::program_again(Interface &interface)
     const int iif = interface.lif->iif();
     const config::Kind kind = interface.lif->plan().kind;
     if ((kind == config::Kind::tunnel || kind == config::Kind::port_channel) &&
-        !hardware_.chip.l3_interfaces.all().contains(iif)) {
+        hardware_.chip.l3_interfaces.find(iif) == nullptr) {
         const std::string asked = fmt::format("make the L3 interface of {}", name);
         const Request made = make_request(hardware_, asked, [record] {
             return rtifhal_l3_intf_create(simswitch::sdk::UNIT, record, nullptr, 0);
@@ -249,8 +249,9 @@ bool give_up_kept_number(const Lif &lif)
     return true;
 }
 
-void Completer::bring_interfaces_up()
+void Completer::bring_interfaces_up(const Progress &progress)
 {
+    Steps steps(progress, plans_.size());
     for (const LifPlan &plan : plans_) {
         Interface &interface = *layer_.routed().find(plan.name);
         const bool is_stale =
@@ -261,6 +262,7 @@ void Completer::bring_interfaces_up()
                    is_half_tied(hardware_.chip, plan)) {
             program_again(interface);
         }
+        steps.step();
     }
 }
 
@@ -276,13 +278,13 @@ void Completer::add_addresses()
     }
 }
 
-Completion Completer::run()
+Completion Completer::run(const Progress &progress)
 {
     const std::uint64_t before = hardware_.chip.writes;
     take_over_from_chip();
     clear_orphans();
     set_up_switch();
-    bring_interfaces_up();
+    bring_interfaces_up(progress);
     add_addresses();
     done_.chip_writes = hardware_.chip.writes - before;
     return std::move(done_);
@@ -296,9 +298,10 @@ bool Completion::ok() const
                         [](const LateRequest &late) { return late.failed; });
 }
 
-Completion complete(simswitch::Switch &hardware, Layer &layer, const config::Description &config)
+Completion complete(simswitch::Switch &hardware, Layer &layer, const config::Description &config,
+                    const Progress &progress)
 {
-    Completion completion = Completer(hardware, layer, config).run();
+    Completion completion = Completer(hardware, layer, config).run(progress);
     check_state(hardware);
     return completion;
 }

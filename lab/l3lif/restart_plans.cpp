@@ -77,18 +77,33 @@ bool is_channel_subinterface(const StoredInterface &stored)
            (parts->sub != 0 || stored.si_encap_vlan != 0);
 }
 
-const LifPlan *find_plan(const std::vector<LifPlan> &plans, const StoredInterface &stored)
+PlanIndex::PlanIndex(const std::vector<LifPlan> &plans)
 {
-    const bool of_channel = is_channel_subinterface(stored);
-    const auto found = std::find_if(plans.begin(), plans.end(), [&](const LifPlan &plan) {
-        if (of_channel) {
-            return plan.kind == config::Kind::subinterface &&
-                   (plan.ifindex == stored.ifindex ||
-                    (plan.main == stored.ifindex && plan.vlan == stored.si_encap_vlan));
+    for (const LifPlan &plan : plans) {
+        by_ifindex_.try_emplace(plan.ifindex, &plan);
+        if (plan.kind == config::Kind::subinterface) {
+            subinterfaces_.try_emplace(plan.ifindex, &plan);
+            by_vlan_.try_emplace({plan.main, plan.vlan}, &plan);
         }
-        return plan.ifindex == stored.ifindex;
-    });
-    return found == plans.end() ? nullptr : &*found;
+    }
+}
+
+const LifPlan *PlanIndex::find(const StoredInterface &stored) const
+{
+    const auto in = [](const auto &index, const auto &key) {
+        const auto found = index.find(key);
+        return found == index.end() ? nullptr : found->second;
+    };
+    if (!is_channel_subinterface(stored)) {
+        return in(by_ifindex_, stored.ifindex);
+    }
+    const LifPlan *own = in(subinterfaces_, stored.ifindex);
+    const LifPlan *of_vlan = in(by_vlan_, std::pair(stored.ifindex, stored.si_encap_vlan));
+    if (own == nullptr || of_vlan == nullptr) {
+        return own != nullptr ? own : of_vlan;
+    }
+    // They lie in one list.
+    return std::min(own, of_vlan);
 }
 
 LifPlan plan_from_record(const simswitch::Switch &hardware, const StoredInterface &stored)

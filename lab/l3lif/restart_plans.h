@@ -9,6 +9,10 @@
 #include "services/store.h"
 #include "switch.h"
 
+#include <cstdint>
+#include <map>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace lab::l3lif
@@ -21,9 +25,21 @@ namespace lab::l3lif
  */
 bool is_channel_subinterface(const simswitch::services::StoredInterface &stored);
 
-/** The plan among those of a configuration that a record is of; null when none is. */
-const LifPlan *find_plan(const std::vector<LifPlan> &plans,
-                         const simswitch::services::StoredInterface &stored);
+/** The plans of a configuration by what a record knows of its interface. */
+class PlanIndex
+{
+public:
+    /** @param plans  must outlive this, and stay as they are */
+    explicit PlanIndex(const std::vector<LifPlan> &plans);
+
+    /** The first plan that a record is of; null when none is. */
+    const LifPlan *find(const simswitch::services::StoredInterface &stored) const;
+
+private:
+    std::unordered_map<std::uint32_t, const LifPlan *> by_ifindex_;
+    std::unordered_map<std::uint32_t, const LifPlan *> subinterfaces_;           ///< by ifindex
+    std::map<std::pair<std::uint32_t, std::uint16_t>, const LifPlan *> by_vlan_; ///< by main, VLAN
+};
 
 /** A plan from the record alone; a port-channel's members are those of its trunk. */
 LifPlan plan_from_record(const simswitch::Switch &hardware,

@@ -69,6 +69,7 @@ Interface &RoutedInterfaces::make(LifPlan plan)
         make_members(*interface);
     }
     become_main(lif);
+    by_name_.try_emplace(lif.plan().name, interface.get());
     interfaces_.push_back(std::move(interface));
     return *interfaces_.back();
 }
@@ -98,9 +99,13 @@ Interface &RoutedInterfaces::make(LifPlan plan)
 
 void RoutedInterfaces::sort_as(const std::vector<LifPlan> &plans)
 {
-    const auto place = [&plans](const std::unique_ptr<Interface> &interface) {
-        return std::ranges::find(plans, interface->lif->plan().name, &LifPlan::name) -
-               plans.begin();
+    std::unordered_map<std::string_view, std::size_t> places;
+    for (const LifPlan &plan : plans) {
+        places.try_emplace(plan.name, places.size());
+    }
+    const auto place = [&](const std::unique_ptr<Interface> &interface) {
+        const auto found = places.find(interface->lif->plan().name);
+        return found == places.end() ? plans.size() : found->second;
     };
     std::ranges::stable_sort(interfaces_, {}, place);
 }
@@ -140,10 +145,8 @@ void RoutedInterfaces::make_members(Interface &interface)
 
 Interface *RoutedInterfaces::find(std::string_view name) const
 {
-    const auto found =
-        std::find_if(interfaces_.begin(), interfaces_.end(),
-                     [name](const auto &interface) { return interface->lif->plan().name == name; });
-    return found == interfaces_.end() ? nullptr : found->get();
+    const auto found = by_name_.find(name);
+    return found == by_name_.end() ? nullptr : found->second;
 }
 
 std::vector<std::string> RoutedInterfaces::subinterfaces_of(const Interface &interface) const

@@ -21,6 +21,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -109,6 +110,7 @@ private:
     std::map<std::uint32_t, simswitch::services::Tree> subinterfaces_; ///< by main interface
     std::map<std::uint32_t, std::unique_ptr<Lif>> bare_mains_; ///< registered and not routed
     std::vector<std::unique_ptr<Interface>> interfaces_;
+    std::unordered_map<std::string_view, Interface *> by_name_; ///< the names stand in the plans
 };
 
 } // namespace lab::l3lif

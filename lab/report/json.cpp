@@ -61,7 +61,7 @@ Json interface_object(const InterfaceResult &result, const View &view)
                    {"ports", chip.ports},
                    {"result", result.up ? "up" : "failed"},
                    {"code", result.interface->up.code},
-                   {"calls", result.interface->up.calls.size()}};
+                   {"calls", result.interface->up.call_count}};
     add_error(object, result.error);
     add_request(object, result.interface->up, view);
     return object;
@@ -93,7 +93,7 @@ Json virtual_mac_object(const VirtualMacResult &result, const View &view)
                    {"mirrored", std::move(mirrored)},
                    {"result", result.error.empty() ? "up" : "failed"},
                    {"code", result.mac->up.code},
-                   {"calls", result.mac->up.calls.size()}};
+                   {"calls", result.mac->up.call_count}};
     add_error(object, result.error);
     add_request(object, result.mac->up, view);
     return object;
@@ -107,7 +107,7 @@ Json pair_object(const PairResult &result, const View &view)
                    {"families", result.view.families},
                    {"virtual_macs", result.view.macs},
                    {"result", result.error.empty() ? "up" : "failed"},
-                   {"calls", result.pair->up.calls.size()}};
+                   {"calls", result.pair->up.call_count}};
     add_error(object, result.error);
     add_request(object, result.pair->up, view);
     return object;
@@ -127,7 +127,7 @@ Json router_mac_object(const UpResult &result, const View &view)
     const auto &request = result.layer->router_mac();
     Json object = {{"mac", config::mac_text(result.config->device_mac)},
                    {"station", number_or_null(result.has_router_mac(), request.code)},
-                   {"calls", request.calls.size()}};
+                   {"calls", request.call_count}};
     add_request(object, request, view);
     return object;
 }

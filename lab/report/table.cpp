@@ -53,7 +53,7 @@ void print_heading(const UpResult &result, const View &view, std::ostream &out)
                config.hostname.empty() ? "" : plain(config.hostname) + ", ", result.chip,
                config::mac_text(config.device_mac));
     if (result.has_router_mac()) {
-        fmt::print(out, "at station {} ({})\n", mac.code, counted(mac.calls.size(), "call"));
+        fmt::print(out, "at station {} ({})\n", mac.code, counted(mac.call_count, "call"));
     } else {
         fmt::print(out, "refused: {}\n", mac.last_error());
     }
@@ -86,7 +86,7 @@ void print_interfaces(const UpResult &result, const View &view, std::ostream &ou
                    number_or_dash(chip.has_interface, chip.vrf),
                    number_or_dash(chip.has_interface, chip.mtu), joined_or_dash(chip.families()),
                    port_list(chip.ports), std::string(up_or_failed(interface.up)),
-                   fmt::to_string(interface.interface->up.calls.size())});
+                   fmt::to_string(interface.interface->up.call_count)});
     }
     fmt::print(out, "\n{}\n", table.titles());
     for (std::size_t i = 0; i < table.size(); ++i) {
@@ -108,7 +108,7 @@ void add_lines(const VirtualMacResult &result, TextTable &table)
     const auto &plan = result.mac->plan;
     const std::string mac = config::mac_text(plan.mac);
     const std::string up(up_or_failed(result.error.empty()));
-    const std::string calls = fmt::to_string(result.mac->up.calls.size());
+    const std::string calls = fmt::to_string(result.mac->up.call_count);
     const auto &stations = result.view.stations;
     if (stations.empty() || stations.front().mirrored) {
         table.add({mac, plain(plan.owner), plan.source, "-", "-", "-", up, calls});
@@ -171,7 +171,7 @@ void print_pairs(const UpResult &result, const View &view, std::ostream &out)
             {fmt::to_string(pair.pair->plan.primary), fmt::to_string(pair.pair->plan.secondary),
              number_or_dash(pair.view.iif != 0, pair.view.iif), joined_or_dash(pair.view.families),
              fmt::to_string(pair.view.macs), std::string(up_or_failed(pair.error.empty())),
-             fmt::to_string(pair.pair->up.calls.size())});
+             fmt::to_string(pair.pair->up.call_count)});
     }
     fmt::print(out, "\n{}\n", table.titles());
     for (std::size_t i = 0; i < table.size(); ++i) {

@@ -17,18 +17,18 @@ std::size_t UpResult::up_count() const
 
 std::size_t UpResult::calls() const
 {
-    std::size_t count = layer->router_mac().calls.size();
+    std::size_t count = layer->router_mac().call_count;
     for (const auto &interface : interfaces) {
-        count += interface.interface->up.calls.size();
+        count += interface.interface->up.call_count;
     }
     for (const auto &vlan : layer->l2().vlans()) {
-        count += vlan->up.calls.size();
+        count += vlan->up.call_count;
     }
     for (const auto &result : virtual_macs) {
-        count += result.mac->up.calls.size();
+        count += result.mac->up.call_count;
     }
     for (const auto &result : pairs) {
-        count += result.pair->up.calls.size();
+        count += result.pair->up.call_count;
     }
     return count;
 }

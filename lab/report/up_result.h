@@ -76,6 +76,9 @@ struct View {
     bool calls = false;  ///< the platform calls under each interface
     bool trace = false;  ///< the library's messages under each interface
     bool colour = false; ///< colours, for a terminal
+
+    /** Whether what the requests did is shown, not only what they came to. */
+    bool wants_requests() const { return calls || trace; }
 };
 
 } // namespace lab::report

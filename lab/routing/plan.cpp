@@ -11,6 +11,8 @@
 
 #include <algorithm>
 #include <optional>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 
 namespace lab::routing
@@ -46,6 +48,9 @@ public:
     Planner(const PlanInputs &inputs, std::vector<std::string> &problems)
         : inputs_(inputs), problems_(problems)
     {
+        for (const InterfaceView &interface : inputs.interfaces) {
+            by_name_.try_emplace(interface.plan->name, &interface);
+        }
     }
 
     ChipPlan make()
@@ -77,6 +82,7 @@ private:
     std::optional<config::IpAddress> source_of(const config::Tunnel &tunnel) const;
     void plan_neighbor(const Neighbor &neighbor);
     void plan_route(const StaticRoute &route);
+    const InterfaceView *find_interface(std::string_view name) const;
     std::string to_cpu(std::string name, const InterfaceView &interface);
     std::string next_hop(const Way &way);
     std::string into_tunnel(const InterfaceView &tunnel);
@@ -85,8 +91,15 @@ private:
 
     const PlanInputs &inputs_;
     std::vector<std::string> &problems_;
+    std::unordered_map<std::string_view, const InterfaceView *> by_name_;
     ChipPlan plan_;
 };
+
+const InterfaceView *Planner::find_interface(std::string_view name) const
+{
+    const auto found = by_name_.find(name);
+    return found == by_name_.end() ? nullptr : found->second;
+}
 
 /** Plans an egress object that leads to the CPU; its interface is that of who may send from there.
  */
@@ -111,7 +124,7 @@ void Planner::put_route(const chip::RouteKey &key, PlannedRoute route)
 
 void Planner::plan_address(const OwnAddress &own)
 {
-    const InterfaceView *interface = find(inputs_.interfaces, own.interface);
+    const InterfaceView *interface = find_interface(own.interface);
     if (interface == nullptr || config::is_link_local(own.prefix.address)) {
         return;
     }
@@ -123,7 +136,7 @@ void Planner::plan_address(const OwnAddress &own)
 
 void Planner::plan_network(const OwnAddress &own)
 {
-    const InterfaceView *interface = find(inputs_.interfaces, own.interface);
+    const InterfaceView *interface = find_interface(own.interface);
     const bool is_host = own.prefix.length == config::host_length(own.prefix.address);
     if (interface == nullptr || is_host || config::is_link_local(own.prefix.address)) {
         return;
@@ -177,7 +190,7 @@ void Planner::plan_tunnel(const InterfaceView &interface)
 
 void Planner::plan_neighbor(const Neighbor &neighbor)
 {
-    const InterfaceView *interface = find(inputs_.interfaces, neighbor.interface);
+    const InterfaceView *interface = find_interface(neighbor.interface);
     if (interface == nullptr) {
         return;
     }

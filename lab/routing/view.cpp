@@ -7,6 +7,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <set>
+#include <unordered_map>
+#include <utility>
 
 namespace lab::routing
 {
@@ -16,27 +19,31 @@ namespace
 
 namespace chip = simswitch::chip;
 
-/** Whether an interface has a virtual MAC now. */
-bool has_mac(const l3lif::Layer &layer, std::string_view owner, const config::Mac &mac)
-{
-    return std::any_of(layer.virtual_macs().begin(), layer.virtual_macs().end(),
-                       [&](const l3lif::VirtualMac &known) {
-                           return known.plan.owner == owner && known.plan.mac == mac;
-                       });
-}
+/** What the file says of an interface. */
+struct Rows {
+    const config::RoutedInterface *row = nullptr;
+    std::vector<const config::VirtualMac *> macs; ///< those that it has now
+};
 
-/** The virtual MACs of the file that an interface has now. */
-std::vector<const config::VirtualMac *> virtual_macs_of(const config::Description &config,
-                                                        const l3lif::Layer &layer,
-                                                        std::string_view owner)
+/** The same of all, by name: there may be thousands. */
+std::unordered_map<std::string_view, Rows> rows_by_name(const config::Description &config,
+                                                        const l3lif::Layer &layer)
 {
-    std::vector<const config::VirtualMac *> macs;
+    std::set<std::pair<std::string_view, config::Mac>> there;
+    for (const l3lif::VirtualMac &mac : layer.virtual_macs()) {
+        there.emplace(mac.plan.owner, mac.plan.mac);
+    }
+    std::unordered_map<std::string_view, Rows> rows;
+    for (const config::RoutedInterface &interface : config.interfaces) {
+        rows.try_emplace(interface.name, Rows{&interface, {}});
+    }
     for (const config::VirtualMac &mac : config.virtual_macs) {
-        if (mac.owner == owner && has_mac(layer, owner, mac.mac)) {
-            macs.push_back(&mac);
+        const auto owner = rows.find(mac.owner);
+        if (owner != rows.end() && there.contains({mac.owner, mac.mac})) {
+            owner->second.macs.push_back(&mac);
         }
     }
-    return macs;
+    return rows;
 }
 
 void add_addresses(const InterfaceView &interface, const config::RoutedInterface &row,
@@ -100,10 +107,12 @@ const config::RoutedInterface *row_of(const config::Description &config, std::st
 std::vector<OwnAddress> addresses_on(const config::Description &config, const l3lif::Layer &layer,
                                      const std::vector<InterfaceView> &interfaces)
 {
+    const auto rows = rows_by_name(config, layer);
     std::vector<OwnAddress> addresses;
     for (const InterfaceView &interface : interfaces) {
-        if (const auto *row = row_of(config, interface.plan->name)) {
-            add_addresses(interface, *row, virtual_macs_of(config, layer, row->name), addresses);
+        const auto found = rows.find(interface.plan->name);
+        if (found != rows.end()) {
+            add_addresses(interface, *found->second.row, found->second.macs, addresses);
         }
     }
     return addresses;

@@ -54,7 +54,7 @@ std::size_t LastRequest::call_count() const
 {
     std::size_t count = 0;
     for (const Step &step : steps_) {
-        count += step.request.calls.size();
+        count += step.request.call_count;
     }
     return count;
 }
@@ -107,7 +107,7 @@ void LastRequest::print(std::ostream &out) const
     }
     for (const Step &step : steps_) {
         fmt::print(out, "{}{}: code {}, {}, {}\n", several ? "  " : "", step.asked,
-                   step.request.code, report::counted(step.request.calls.size(), "call"),
+                   step.request.code, report::counted(step.request.call_count, "call"),
                    report::counted(step.request.messages.size(), "message"));
         report::View view;
         view.calls = true;

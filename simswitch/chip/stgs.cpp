@@ -5,6 +5,7 @@
 
 #include "chip/refusal.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 
 namespace simswitch::chip
@@ -117,9 +118,8 @@ Outcome Stgs::set_state_of_port(int port, int state)
     if (Outcome refused = check(port, state); !refused.ok()) {
         return refused;
     }
-    for (int vlan : vlans_.of_port(port)) {
-        const Vlan *member_of = vlans_.find(vlan);
-        if (Outcome refused = set_state(member_of->stg, port, state); !refused.ok()) {
+    for (const auto &[stg, vlans] : vlans_.groups_of_port(port)) {
+        if (Outcome refused = set_state(stg, port, state); !refused.ok()) {
             return refused;
         }
     }
@@ -129,11 +129,12 @@ Outcome Stgs::set_state_of_port(int port, int state)
 std::vector<int> Stgs::vlans_of(int stg) const
 {
     std::vector<int> ids;
-    for (const auto &[id, vlan] : vlans_.all()) {
+    vlans_.for_each([&](int id, const Vlan &vlan) {
         if (vlan.stg == stg) {
             ids.push_back(id);
         }
-    }
+    });
+    std::sort(ids.begin(), ids.end());
     return ids;
 }
 

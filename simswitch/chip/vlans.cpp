@@ -54,6 +54,7 @@ Vlans::Vlans(std::size_t limit) : limit_(limit)
     first.members.add(CPU_PORT);
     first.untagged = PortSet::front();
     table_.put(DEFAULT_VLAN, first);
+    count(first.members, first.stg, 1);
 }
 
 Outcome Vlans::create(int vlan)
@@ -74,7 +75,8 @@ Outcome Vlans::create(int vlan)
 Outcome Vlans::remove(int vlan)
 {
     Outcome outcome;
-    if (need(vlan, outcome) != nullptr) {
+    if (const Vlan *found = need(vlan, outcome)) {
+        count(found->members, found->stg, -1);
         table_.erase(vlan);
     }
     return outcome;
@@ -86,6 +88,9 @@ Outcome Vlans::add_ports(int vlan, const PortSet &ports, const PortSet &untagged
     if (Vlan *found = need(vlan, outcome)) {
         PortSet leave_untagged = untagged;
         leave_untagged &= ports;
+        PortSet joining = ports;
+        joining -= found->members;
+        count(joining, found->stg, 1);
         found->members |= ports;
         found->untagged -= ports;
         found->untagged |= leave_untagged;
@@ -97,6 +102,9 @@ Outcome Vlans::remove_ports(int vlan, const PortSet &ports)
 {
     Outcome outcome;
     if (Vlan *found = need(vlan, outcome)) {
+        PortSet leaving = ports;
+        leaving &= found->members;
+        count(leaving, found->stg, -1);
         found->members -= ports;
         found->untagged -= ports;
     }
@@ -125,6 +133,8 @@ Outcome Vlans::set_stg(int vlan, int stg)
 {
     Outcome outcome;
     if (Vlan *found = need(vlan, outcome)) {
+        count(found->members, found->stg, -1);
+        count(found->members, stg, 1);
         found->stg = stg;
     }
     return outcome;
@@ -155,6 +165,24 @@ std::vector<int> Vlans::of_port(int port) const
     return ids;
 }
 
+void Vlans::count(const PortSet &ports, int stg, int by)
+{
+    if (ports.empty()) {
+        return;
+    }
+    for (int port = 0; port <= LAST_PORT; ++port) {
+        if (!ports.has(port)) {
+            continue;
+        }
+        auto &groups = groups_.at(static_cast<std::size_t>(port));
+        const auto place = groups.try_emplace(stg).first;
+        place->second += by;
+        if (place->second == 0) {
+            groups.erase(place);
+        }
+    }
+}
+
 Vlan *Vlans::need(int vlan, Outcome &refused)
 {
     refused = check_id(vlan);
@@ -173,6 +201,7 @@ Outcome Vlans::restore(int id, const Vlan &record)
     Outcome outcome = create(id);
     if (outcome.ok()) {
         table_.put(id, record);
+        count(record.members, record.stg, 1);
     }
     return outcome;
 }

@@ -12,6 +12,8 @@
 #include "chip/outcome.h"
 #include "chip/table.h"
 
+#include <array>
+#include <map>
 #include <vector>
 
 namespace simswitch::chip
@@ -91,13 +93,24 @@ public:
     const Vlan *find(int vlan) const { return table_.find(vlan); }
     /** The VLANs that a port is a member of, in order. */
     std::vector<int> of_port(int port) const;
+    /** The spanning tree groups of a port's VLANs, in order, and how many of the VLANs each has. */
+    const std::map<int, int> &groups_of_port(int port) const
+    {
+        return groups_.at(static_cast<std::size_t>(port));
+    }
     std::size_t size() const { return table_.size(); }
     std::map<int, Vlan> all() const { return table_.all(); }
+    /** Calls a function with id and record of each, in no order. */
+    template <class Visitor> void for_each(Visitor visit) const { table_.for_each(visit); }
 
     // For who keeps a copy of the table across a restart.
 
     /** Empties the table, of what is there at boot too. */
-    void clear() { table_.clear(); }
+    void clear()
+    {
+        table_.clear();
+        groups_ = {};
+    }
     /** Puts an entry of the copy in; a record that create or a setter would refuse is refused. */
     Outcome restore(int id, const Vlan &record);
     /** Which entries were written. */
@@ -105,9 +118,12 @@ public:
 
 private:
     Vlan *need(int vlan, Outcome &refused);
+    /** Ports have joined VLANs of a group, by 1, or left them, by -1. */
+    void count(const PortSet &ports, int stg, int by);
 
     std::size_t limit_;
     Table<Vlan> table_;
+    std::array<std::map<int, int>, LAST_PORT + 1> groups_; ///< by port
 };
 
 } // namespace simswitch::chip

@@ -14,6 +14,8 @@
 #include "sdk/convert.h"
 #include "switch.h"
 
+#include <algorithm>
+
 namespace simswitch::fwm
 {
 
@@ -31,22 +33,21 @@ Outcome check_id(const char *kind, int id)
     return {};
 }
 
-int lowest_free(const std::unordered_set<int> &taken)
-{
-    int id = 0;
-    while (taken.contains(id)) {
-        ++id;
-    }
-    return id;
-}
-
 } // namespace
+
+int Wrappers::lowest_free_l3_interface()
+{
+    while (l3_interfaces_.contains(l3_interfaces_from_)) {
+        ++l3_interfaces_from_;
+    }
+    return l3_interfaces_from_;
+}
 
 Outcome Wrappers::create_l3_interface(bcm_l3_intf_t &intf)
 {
     const bool replace = (intf.l3a_flags & sdk::L3_INTF_REPLACE) != 0;
     const bool with_id = replace || (intf.l3a_flags & sdk::L3_INTF_WITH_ID) != 0;
-    const int id = with_id ? intf.l3a_intf_id : lowest_free(l3_interfaces_);
+    const int id = with_id ? intf.l3a_intf_id : lowest_free_l3_interface();
     const bool taken = l3_interfaces_.contains(id);
     if (intf.l3a_vid > chip::LAST_VLAN) {
         return chip::out_of_range("VLAN", intf.l3a_vid, 0, chip::LAST_VLAN);
@@ -71,6 +72,7 @@ Outcome Wrappers::delete_l3_interface(int id)
     if (l3_interfaces_.erase(id) == 0) {
         return chip::unknown(INTERFACE, id);
     }
+    l3_interfaces_from_ = std::min(l3_interfaces_from_, id);
     push(L3InterfaceDelete{id});
     return {};
 }

@@ -10,6 +10,7 @@
 #include <fwm/trace.h>
 #include <services/debug.h>
 
+#include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -48,10 +49,14 @@ void TraceLog::clear()
 
 void TraceLog::add_trace(Message message)
 {
+    message.level = LEVEL_TRACE;
+    if (errors_only && !messages_.empty() && messages_.back().level == LEVEL_TRACE) {
+        messages_.back() = std::move(message);
+        return;
+    }
     if (messages_.size() == CAPACITY) {
         messages_.pop_front();
     }
-    message.level = LEVEL_TRACE;
     messages_.push_back(std::move(message));
 }
 
@@ -75,15 +80,16 @@ namespace
 /** The text of a format and its arguments, of any length. */
 std::string format_text(const char *format, va_list args)
 {
-    constexpr std::size_t USUAL_LENGTH = 256;
-    std::string text(USUAL_LENGTH, '\0');
+    std::array<char, 256> usual{};
     va_list again;
     va_copy(again, args);
-    const int length = vsnprintf(text.data(), text.size() + 1, format, args);
+    const int length = vsnprintf(usual.data(), usual.size(), format, args);
     const auto size = length < 0 ? 0 : static_cast<std::size_t>(length);
-    const bool fits = size <= text.size();
-    text.resize(size);
-    if (!fits) {
+    std::string text;
+    if (size < usual.size()) {
+        text.assign(usual.data(), size);
+    } else {
+        text.resize(size);
         vsnprintf(text.data(), text.size() + 1, format, again);
     }
     va_end(again);

@@ -72,6 +72,7 @@ public:
     bool history_wanted = false; ///< the history takes events
     bool debug_output = false;   ///< debug output is switched on
     bool pass_on = false;        ///< the system log's lines go to the real one too
+    bool errors_only = false;    ///< of messages that are no errors only the last one is kept
 
     /** The trace points' messages, oldest first; one entry for each trace point. */
     const std::deque<Message> &messages() const { return messages_; }

@@ -70,7 +70,8 @@ Wrappers::Wrappers(chip::Chip &chip) : chip_(chip)
 FlushReport Wrappers::flush()
 {
     FlushReport report;
-    for (const QueuedWrite &write : std::exchange(queue_, {})) {
+    flushing_.swap(queue_);
+    for (const QueuedWrite &write : flushing_) {
         ++report.writes;
         const Outcome outcome = apply(write, chip_);
         if (outcome.ok()) {
@@ -82,6 +83,7 @@ FlushReport Wrappers::flush()
                                    outcome.reason);
         ++report.refused;
     }
+    flushing_.clear();
     finish_text(report);
     tell_of_write();
     return report;
@@ -330,6 +332,7 @@ void Wrappers::rebuild_caches()
         }
     }
     l3_interfaces_.clear();
+    l3_interfaces_from_ = 0;
     for (const auto &[id, interface] : chip_.l3_interfaces.all()) {
         l3_interfaces_.insert(id);
     }

@@ -172,6 +172,7 @@ private:
     /** Does a write to the chip after all that waits; the body gives an Outcome. */
     template <class Body> Outcome write_at_once(Body &&body);
     std::vector<int> *trunk_members(int trunk);
+    int lowest_free_l3_interface();
 
     void tell_of_write() const;
 
@@ -179,6 +180,7 @@ private:
     std::function<void()> after_write_;
     chip::Changes<int> vlan_control_changes_;
     std::vector<QueuedWrite> queue_;
+    std::vector<QueuedWrite> flushing_; ///< what a flush is writing; its room is used again
     std::size_t capacity_ = DEFAULT_CAPACITY;
     std::vector<FlushReport> own_flushes_;
 
@@ -189,6 +191,7 @@ private:
     std::unordered_map<int, bcm_vlan_block_t> vlan_blocks_;
     std::vector<int> stored_vlans_;
     std::unordered_set<int> l3_interfaces_;
+    int l3_interfaces_from_ = 0; ///< all ids below are taken
     std::unordered_map<int, bcm_l3_ingress_t> l3_ingresses_;
     std::unordered_map<int, std::vector<int>> trunks_; ///< generic ports of the members
 };

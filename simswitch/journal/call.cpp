@@ -38,17 +38,4 @@ void Call::open(Layer layer, bool trace_sink, const char *function, std::string 
     index_ = journal_.add(std::move(record));
 }
 
-int Call::finish(int code)
-{
-    set_result(format_value(code));
-    return code;
-}
-
-void Call::set_result(std::string result)
-{
-    if (CallRecord *record = journal_.at(index_)) {
-        record->result = std::move(result);
-    }
-}
-
 } // namespace simswitch

@@ -68,7 +68,9 @@ public:
     template <class... Args>
     Call(TraceSink, const char *function, const Args &...args) : journal_(current_journal())
     {
-        open(Layer::service, true, function, format_arguments(args...));
+        if (journal_.takes_sink()) {
+            open(Layer::service, true, function, format_arguments(args...));
+        }
     }
 
     Call(const Call &) = delete;
@@ -114,7 +116,7 @@ public:
         } else {
             pointer = body();
         }
-        set_result(pointer != nullptr ? "record" : "null");
+        show_result(Word{pointer != nullptr ? "record" : "null"});
         return pointer;
     }
 
@@ -128,7 +130,7 @@ public:
         } else {
             word = body();
         }
-        set_result(format_value(word));
+        show_result(word);
         return word;
     }
 
@@ -145,7 +147,7 @@ public:
         } else {
             text = body();
         }
-        set_result(format_value(static_cast<const char *>(text)));
+        show_result(static_cast<const char *>(text));
         return text;
     }
 
@@ -160,12 +162,23 @@ public:
     }
 
 private:
+    static constexpr std::size_t NOT_RECORDED = SIZE_MAX;
+
     void open(Layer layer, bool trace_sink, const char *function, std::string arguments);
-    int finish(int code);
-    void set_result(std::string result);
+    int finish(int code)
+    {
+        show_result(code);
+        return code;
+    }
+    template <class T> void show_result(const T &value)
+    {
+        if (CallRecord *record = journal_.at(index_)) {
+            append_value(record->result, value);
+        }
+    }
 
     Journal &journal_;
-    std::size_t index_ = 0;
+    std::size_t index_ = NOT_RECORDED;
     std::optional<int> fault_;
 };
 

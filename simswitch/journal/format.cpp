@@ -39,14 +39,24 @@ void append_hex(std::string &out, std::uint32_t value)
 void append_hex_byte(std::string &out, std::uint8_t byte)
 {
     constexpr std::string_view DIGITS = "0123456789abcdef";
-    out += DIGITS[byte >> 4U];
-    out += DIGITS[byte & 0xFU];
+    const std::array<char, 2> digits = {DIGITS[byte >> 4U], DIGITS[byte & 0xFU]};
+    out.append(digits.data(), digits.size());
 }
 
-bool has_port(const bcm_pbmp_t &ports, int port)
+/** The first port from one on that is in a set, or with `there` false that isn't; PORTS for none.
+ */
+int next_port(const bcm_pbmp_t &ports, int from, bool there)
 {
-    const auto bit = static_cast<unsigned>(port);
-    return (ports.pbits[bit / 32] >> (bit % 32) & 1U) != 0;
+    while (from < PORTS) {
+        const auto bit = static_cast<unsigned>(from);
+        const std::uint32_t word = ports.pbits[bit / 32];
+        const std::uint32_t rest = (there ? word : ~word) >> (bit % 32);
+        if (rest != 0) {
+            return from + std::countr_zero(rest);
+        }
+        from += 32 - static_cast<int>(bit % 32);
+    }
+    return PORTS;
 }
 
 /** Writes the fields of a record: "{name=value name=value}". */
@@ -134,6 +144,12 @@ void append_named(std::string &out, const void *pointer, std::string_view name)
     out += pointer == nullptr ? std::string_view("null") : name;
 }
 
+bool needs_escape(char letter)
+{
+    return static_cast<unsigned char>(letter) < 0x20 || letter == 0x7F || letter == '"' ||
+           letter == '\\';
+}
+
 void append_escaped(std::string &out, char letter)
 {
     switch (letter) {
@@ -152,12 +168,8 @@ void append_escaped(std::string &out, char letter)
         out += letter;
         break;
     default:
-        if (static_cast<unsigned char>(letter) < 0x20 || letter == 0x7F) {
-            out += "\\x";
-            append_hex_byte(out, static_cast<std::uint8_t>(letter));
-        } else {
-            out += letter;
-        }
+        out += "\\x";
+        append_hex_byte(out, static_cast<std::uint8_t>(letter));
     }
 }
 
@@ -192,8 +204,15 @@ void append_value(std::string &out, const char *text)
 void append_value(std::string &out, std::string_view text)
 {
     out += '"';
-    for (const char letter : text) {
-        append_escaped(out, letter);
+    while (!text.empty()) {
+        const auto end = std::find_if(text.begin(), text.end(), needs_escape);
+        const auto plain = static_cast<std::size_t>(end - text.begin());
+        out += text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (!text.empty()) {
+            append_escaped(out, text.front());
+            text.remove_prefix(1);
+        }
     }
     out += '"';
 }
@@ -206,28 +225,20 @@ void append_value(std::string &out, Word word)
 void append_value(std::string &out, const bcm_pbmp_t &ports)
 {
     out += '{';
-    bool first = true;
-    for (int port = 0; port < PORTS; ++port) {
-        if (!has_port(ports, port)) {
-            continue;
-        }
-        int last = port;
-        while (last + 1 < PORTS && has_port(ports, last + 1)) {
-            ++last;
-        }
+    for (int port = next_port(ports, 0, true); port < PORTS;) {
+        int last = next_port(ports, port, false) - 1;
         if (last - port + 1 < SHORTEST_RANGE) {
             last = port;
         }
-        if (!first) {
+        if (out.back() != '{') {
             out += ',';
         }
-        first = false;
         append_number(out, port);
         if (last > port) {
             out += '-';
             append_number(out, last);
         }
-        port = last;
+        port = next_port(ports, last + 1, true);
     }
     out += '}';
 }

@@ -48,6 +48,9 @@ std::string CallRecord::text() const
 std::uint64_t Journal::begin_request(std::string name)
 {
     requests_.push_back(std::move(name));
+    if (keep_ == Keep::request) {
+        records_.clear();
+    }
     return requests_.size();
 }
 
@@ -108,6 +111,7 @@ std::size_t Journal::add(CallRecord record)
 {
     record.sequence = next_sequence_++;
     record.request = requests_.size();
+    calls_made_ += record.trace_sink ? 0U : 1U;
     records_.push_back(std::move(record));
     return records_.size() - 1;
 }

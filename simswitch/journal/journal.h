@@ -40,6 +40,12 @@ struct CallRecord {
     std::string text() const;
 };
 
+/** How much of what was called is kept. */
+enum class Keep : std::uint8_t {
+    all,    ///< every call
+    request ///< the calls of the request under way; the trace sinks' only while a fault is armed
+};
+
 /** A fault to inject. A call matches when all that is given here fits. */
 struct Fault {
     std::string function = {}; ///< empty: any function but the trace sinks
@@ -69,11 +75,20 @@ public:
     /** Disarms all faults. */
     void disarm();
 
-    /** All records, the trace sinks included. */
+    /**
+     * From here on that much is kept: a long run whose calls nobody asks for
+     * needn't remember them. Numbers go on as if all were kept.
+     */
+    void keep(Keep keep) { keep_ = keep; }
+    bool keeps_all() const { return keep_ == Keep::all; }
+
+    /** The records that are kept, the trace sinks included. */
     const std::vector<CallRecord> &records() const { return records_; }
     /** The text of each call but the trace sinks', from record number `from` (an index) on. */
     std::vector<std::string> calls(std::size_t from = 0) const;
-    /** Number of calls of a function. */
+    /** Number of calls but the trace sinks', kept or not. */
+    std::uint64_t calls_made() const { return calls_made_; }
+    /** Number of calls of a function among the records. */
     std::uint64_t count(std::string_view function) const;
     /** Forgets the records; numbers go on, faults stay. */
     void clear();
@@ -84,6 +99,15 @@ public:
     // For the Call helper.
     /** Adds a record, its sequence and request filled in; returns its index. */
     std::size_t add(CallRecord record);
+    /** Whether a call of a trace sink is to be recorded; if not, it is counted. */
+    bool takes_sink()
+    {
+        if (keep_ == Keep::all || !faults_.empty()) {
+            return true;
+        }
+        ++next_sequence_;
+        return false;
+    }
     /** The record of that index, if it is still there. */
     CallRecord *at(std::size_t index);
     /** Looks for a fault that hits this call, and counts the call against all that match. */
@@ -99,6 +123,8 @@ private:
     std::vector<std::string> requests_;
     std::vector<Armed> faults_;
     std::uint64_t next_sequence_ = 1;
+    std::uint64_t calls_made_ = 0;
+    Keep keep_ = Keep::all;
 };
 
 } // namespace simswitch

@@ -105,11 +105,12 @@ std::uint32_t Directory::context(std::uint32_t ifindex) const
 
 std::uint32_t Directory::iod(std::uint32_t ifindex)
 {
-    auto place = std::find(iods_.begin(), iods_.end(), ifindex);
-    if (place == iods_.end()) {
-        place = iods_.insert(iods_.end(), ifindex);
+    const auto next = static_cast<std::uint32_t>(iods_.size()) + 1;
+    const auto [place, is_new] = iod_of_.try_emplace(ifindex, next);
+    if (is_new) {
+        iods_.push_back(ifindex);
     }
-    return static_cast<std::uint32_t>(place - iods_.begin()) + 1;
+    return place->second;
 }
 
 std::optional<std::uint32_t> Directory::ifindex_of_iod(std::uint32_t iod) const

@@ -13,6 +13,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 struct l3lif;
@@ -84,6 +85,7 @@ private:
     std::map<std::uint32_t, std::uint32_t> iifs_;
     std::map<std::uint32_t, std::uint32_t> contexts_;
     std::vector<std::uint32_t> iods_; ///< the ifindex of each number, the first is number 1
+    std::unordered_map<std::uint32_t, std::uint32_t> iod_of_; ///< the number of each ifindex
     std::vector<std::uint32_t> updates_;
 };
 

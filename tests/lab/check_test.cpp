@@ -158,6 +158,23 @@ void store(simswitch::Switch &hardware, std::uint32_t ifindex, std::uint16_t iif
 
 } // namespace
 
+TEST_F(Disorder, SubinterfaceOfAPortChannelWithALabelIsStoredTwice)
+{
+    {
+        Process process(Kind::trident, state);
+        lab::l3lif::restart(process.hardware, process.layer, lab::l3lif::RestartMode::cold,
+                            &config);
+        const lab::l3lif::Interface *labelled = process.layer.routed().find("PortChannel0001.20");
+        ASSERT_NE(labelled, nullptr);
+        store(process.hardware, labelled->lif->plan().ifindex,
+              static_cast<std::uint16_t>(labelled->lif->iif()));
+    }
+    Process process(Kind::trident, state);
+    const auto result = lab::check::check(process.hardware, &config);
+    EXPECT_THAT(result.differences, IsEmpty());
+    EXPECT_THAT(result.notes, Contains(HasSubstr("stored under its own ifindex too")));
+}
+
 TEST_F(Disorder, InterfaceThatNobodyStored)
 {
     const auto found = after([](simswitch::Switch &hardware) {

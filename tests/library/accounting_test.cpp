@@ -143,6 +143,27 @@ TEST_F(VlanAccounting, VlansOfOneByteStandBesideEachOther)
     EXPECT_EQ(rtifhal_port_vlan[5].vlan_bitmap[12], 0x01);
 }
 
+TEST_F(VlanAccounting, EachVlanOfAPortIsCountedAlone)
+{
+    for (std::uint16_t vlan = 0; vlan < ABOVE_LAST_VLAN; ++vlan) {
+        set_port_vlan(5, vlan);
+        EXPECT_EQ(count_port_vlans(5), 1) << vlan;
+        clear_port_vlan(5, vlan);
+    }
+    EXPECT_EQ(count_port_vlans(5), 0);
+}
+
+TEST_F(VlanAccounting, AllVlansOfAPortAreCountedAndNoneOfItsNeighbours)
+{
+    for (const int port : {4, 6}) {
+        for (std::uint16_t vlan = 0; vlan < ABOVE_LAST_VLAN; ++vlan) {
+            set_port_vlan(port, vlan);
+        }
+        EXPECT_EQ(count_port_vlans(port), 4096);
+    }
+    EXPECT_EQ(count_port_vlans(5), 0);
+}
+
 TEST_F(VlanAccounting, OnlyPorts0To104HaveAnEntry)
 {
     EXPECT_TRUE(has_port_vlan_entry(0));

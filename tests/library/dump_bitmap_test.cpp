@@ -120,6 +120,24 @@ protected:
         return output.lines();
     }
 
+    /** Prints as above; the command moves the dump to `place` with the first line. */
+    Lines dumped_moved_to(int place, const Bits &bits)
+    {
+        sw.journal.disarm();
+        bool moved = false;
+        sw.journal.arm(
+            {.function = "cmd_prt", .forever = true, .when = [&moved, place](std::string_view) {
+                 if (!std::exchange(moved, true)) {
+                     printf_curr_idx = place;
+                 }
+                 return false;
+             }});
+        auto &output = sw.command_outputs.open();
+        fwm_dump_bitmap(bitmap(bits).get(), &output);
+        sw.journal.disarm();
+        return output.lines();
+    }
+
     /** The lists alone; every line has its head and its end. */
     Lines lists(const Bits &bits)
     {
@@ -340,18 +358,14 @@ TEST_F(DumpBitmap, PlaceThatTheCommandMovesBeforeTheFirstNumberIsTheFirst)
     Lines expected = dumped(bits);
     ASSERT_GT(expected.size(), 1U);
     expected.insert(expected.begin(), expected.front());
+    EXPECT_EQ(dumped_moved_to(-7, bits), expected);
+}
 
-    sw.journal.disarm();
-    bool moved = false;
-    sw.journal.arm({.function = "cmd_prt", .forever = true, .when = [&moved](std::string_view) {
-                        if (!std::exchange(moved, true)) {
-                            printf_curr_idx = -7;
-                        }
-                        return false;
-                    }});
-    auto &output = sw.command_outputs.open();
-    fwm_dump_bitmap(bitmap(bits).get(), &output);
-    EXPECT_EQ(output.lines(), expected);
+TEST_F(DumpBitmap, NumberRightAboveThePlaceThatTheCommandMovesComesNext)
+{
+    const Bits bits = lone_bits(0, 40);
+    const Lines expected = {dumped(bits).front(), line("70,72,74,76,78")};
+    EXPECT_EQ(dumped_moved_to(69, bits), expected);
 }
 
 TEST_F(DumpBitmap, PositionOfAnEarlierDumpDoesNotCount)

@@ -148,6 +148,12 @@ TEST_F(FhrpMacOrder, BytesOfTheMacAreUnsignedAndTheFirstDifferenceDecides)
     EXPECT_EQ(compare_macs({{0, 0, 0, 0, 0, 0xff}}, {{0, 0, 0, 0, 0, 0}}), 1);
 }
 
+TEST_F(FhrpMacOrder, MacsThatDifferByOneGiveOneToo)
+{
+    EXPECT_EQ(compare_macs({{0, 0, 0, 0, 0, 2}}, {{0, 0, 0, 0, 0, 1}}), 1);
+    EXPECT_EQ(compare_macs({{0, 0, 0, 0, 0, 1}}, {{0, 0, 0, 0, 0, 2}}), -1);
+}
+
 TEST_F(FhrpMacOrder, StationIsNoPartOfTheKey)
 {
     EXPECT_EQ(compare(key(IFINDEX, 100, VMAC, 1), key(IFINDEX, 100, VMAC, 2)), 0);

@@ -143,6 +143,19 @@ TEST_F(PortChange, AllNinetySixEntriesOfTheLayerAboveAreEdited)
     EXPECT_EQ(entries_of("bcm_field_qualify_InPorts"), (std::vector<int>{123, 124, 120}));
 }
 
+TEST_F(PortChange, EntryOfTheLayerAboveIsEditedWhereverItStandsAlone)
+{
+    for (unsigned slot = 0; slot < 96; ++slot) {
+        Directory::set_flood_entry(slot, 1);
+        start();
+        rtifhal_update_llm_acl_floodlist(5, 0);
+        EXPECT_EQ(entries_of("bcm_field_action_ports_add"),
+                  (std::vector<int>{125, 123, 124, 127, 120, 1}))
+            << slot;
+        Directory::set_flood_entry(slot, 0);
+    }
+}
+
 TEST_F(PortChange, WordsBeforeTheEntriesOfTheLayerAboveAreNotLookedAt)
 {
     std::memset(l3lif_global_data, 0xFF, 672);

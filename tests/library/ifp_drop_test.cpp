@@ -6,6 +6,8 @@
  */
 #include "support/drop_rule.h"
 
+#include "rtifhal_kelvo_trident/field/ifp_drop.h"
+
 #include <sdk/error.h>
 
 #include <fmt/format.h>
@@ -98,6 +100,15 @@ TEST_F(DropRule, StandsInTheChipAfterTheFirstPort)
               "priority 0 qualifiers 13 82");
     EXPECT_EQ(rule(),
               "group 11 installed (in-ports {5}/{5} l3-routable 0 action 39) copy the same");
+}
+
+TEST_F(DropRule, IsMarkedAsMadeByOneWhateverPortsJoin)
+{
+    EXPECT_EQ(ifp_drop_installed, 0U);
+    for (const int port : {5, 6}) {
+        rtifhal_install_ifp_drop(0, port);
+        EXPECT_EQ(ifp_drop_installed, 1U) << port;
+    }
 }
 
 TEST_F(DropRuleOnTrident2, FirstPortMakesTheSameRule)

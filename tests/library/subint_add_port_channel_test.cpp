@@ -247,6 +247,14 @@ TEST_F(SubintAddOnPortChannel, TrunkThatCantBeReadIsRefused)
     EXPECT_EQ(sub->lif.tid, 0U);
 }
 
+TEST_F(SubintAddOnPortChannel, TrunkIsReadOnTheUnitThatThePlatformGives)
+{
+    fail("rtifhal_get_bcm_unit", 3);
+    EXPECT_EQ(add_step(*sub, 1), -1); // this chip has no other unit
+    ASSERT_EQ(calls_of({"bcm_trunk_get"}).size(), 1U);
+    EXPECT_TRUE(calls_of({"bcm_trunk_get"})[0].starts_with("bcm_trunk_get(3, 41"));
+}
+
 TEST_F(SubintAddOnPortChannel, PositiveAnswerToTheTrunkReadIsNoRefusal)
 {
     fail("bcm_trunk_get", 1);

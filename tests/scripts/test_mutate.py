@@ -1,6 +1,7 @@
 """Tests of scripts/mutate.py: which mutants a command line asks for, and what is told of them."""
 
 import io
+import json
 import sys
 import tempfile
 import unittest
@@ -11,6 +12,7 @@ sys.path.insert(0, str(ROOT / "scripts"))
 
 import mutants  # noqa: E402
 import mutate  # noqa: E402
+import mutation_bench  # noqa: E402
 import page  # noqa: E402
 from mutation_bench import Verdict, filter_of, plain_suite  # noqa: E402
 
@@ -75,6 +77,29 @@ class Bench:
         """The next verdict."""
         self.asked.append((name, text, list(first), list(second)))
         return self.verdicts[len(self.asked) - 1]
+
+
+class Objects(unittest.TestCase):
+    """What the bench takes of a build."""
+
+    def test_what_benchmarks_compile_for_themselves_is_left_alone(self):
+        with tempfile.TemporaryDirectory() as name:
+            bench = mutation_bench.Bench.__new__(mutation_bench.Bench)
+            bench.library, bench.build, bench.folder = page.LIBRARY, Path(name), Path(name)
+            bench.copy, bench.objects, bench.commands = Path(name) / "library", {}, {}
+            source = page.LIBRARY / "rtifhal_kelvo_trident/frame/helpers.cpp"
+            own = page.LIBRARY.relative_to(page.ROOT) / "helpers.cpp.o"
+            (bench.build / own).parent.mkdir(parents=True)
+            (bench.build / own).write_text("own", encoding="utf-8")
+            entries = [
+                {"file": str(source), "directory": name, "command": f"c++ -o {to} -c {source}"}
+                for to in (own, "bench/helpers.cpp.o")
+            ]
+            database = bench.build / "compile_commands.json"
+            database.write_text(json.dumps(entries), encoding="utf-8")
+            bench._take_objects()
+            taken = bench.objects["rtifhal_kelvo_trident/frame/helpers.cpp"]
+            self.assertEqual(taken.read_text(encoding="utf-8"), "own")
 
 
 class Running(Folder):

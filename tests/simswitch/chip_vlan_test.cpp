@@ -4,6 +4,10 @@
 #include "chip/stgs.h"
 #include "outcome_matchers.h"
 
+#include <gmock/gmock.h>
+
+#include <map>
+
 namespace simswitch::chip
 {
 
@@ -224,6 +228,64 @@ TEST_F(ChipVlan, PortStateGoesToTheGroupsOfThePortsVlans)
     EXPECT_EQ(state(routed, 5), STP_BLOCKING);
     EXPECT_EQ(state(other, 5), STP_DISABLED);
     EXPECT_EQ(state(DEFAULT_STG, 5), STP_FORWARDING);
+}
+
+namespace
+{
+
+/** What Vlans::groups_of_port says, found by a look at each VLAN. */
+std::map<int, int> counted_groups(const Vlans &vlans, int port)
+{
+    std::map<int, int> groups;
+    for (const auto &[id, vlan] : vlans.all()) {
+        if (vlan.members.has(port)) {
+            ++groups[vlan.stg];
+        }
+    }
+    return groups;
+}
+
+MATCHER(CountsItsGroups, "")
+{
+    for (int port = 0; port <= LAST_PORT; ++port) {
+        if (arg.groups_of_port(port) != counted_groups(arg, port)) {
+            *result_listener << "port " << port;
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+TEST_F(ChipVlan, GroupsOfAPortFollowItsVlans)
+{
+    EXPECT_THAT(vlans, CountsItsGroups()) << "at boot";
+    vlans.create(100);
+    vlans.create(101);
+    vlans.add_ports(100, {1, 2, 255}, {});
+    vlans.add_ports(101, {2, 3}, {2});
+    EXPECT_THAT(vlans, CountsItsGroups()) << "joined";
+    int stg = 0;
+    stgs.create(stg);
+    stgs.add_vlan(stg, 100);
+    EXPECT_THAT(vlans, CountsItsGroups()) << "moved";
+    EXPECT_EQ(vlans.groups_of_port(2), (std::map<int, int>{{DEFAULT_STG, 2}, {stg, 1}}));
+    vlans.add_ports(100, {1, 4}, {4});
+    vlans.remove_ports(100, {2, 3});
+    EXPECT_THAT(vlans, CountsItsGroups()) << "some joined again, some never were in";
+    stgs.remove(stg);
+    EXPECT_THAT(vlans, CountsItsGroups()) << "its group is gone";
+    vlans.remove(100);
+    EXPECT_THAT(vlans, CountsItsGroups()) << "removed";
+    const auto before = vlans.all();
+    vlans.clear();
+    EXPECT_THAT(vlans, CountsItsGroups()) << "cleared";
+    for (const auto &[id, vlan] : before) {
+        vlans.restore(id, vlan);
+    }
+    EXPECT_THAT(vlans, CountsItsGroups()) << "restored";
+    EXPECT_EQ(vlans.groups_of_port(3), (std::map<int, int>{{DEFAULT_STG, 2}}));
 }
 
 } // namespace simswitch::chip

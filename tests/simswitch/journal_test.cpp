@@ -120,6 +120,45 @@ TEST_F(JournalTest, ClearForgetsRecordsButNumbersGoOn)
     EXPECT_EQ(journal.records()[0].sequence, 2U);
 }
 
+TEST_F(JournalTest, KeepingTheRequestForgetsEarlierOnesAndTheSinks)
+{
+    journal.keep(Keep::request);
+    probe(1);
+    journal.begin_request("add Ethernet0");
+    probe_sink("hello");
+    probe(2);
+    EXPECT_THAT(journal.calls(), ElementsAre("probe(0, 2) = 4"));
+    ASSERT_EQ(journal.records().size(), 1U);
+    EXPECT_EQ(journal.records()[0].sequence, 3U) << "numbers go on as if all were kept";
+    EXPECT_EQ(journal.records()[0].request, 1U);
+}
+
+TEST_F(JournalTest, CallsAreCountedWhateverIsKept)
+{
+    probe(1);
+    probe_sink("hello");
+    journal.keep(Keep::request);
+    probe(2);
+    journal.begin_request("add Ethernet0");
+    probe(3);
+    probe_sink("hello");
+    EXPECT_EQ(journal.calls_made(), 3U);
+}
+
+TEST_F(JournalTest, FaultsHitSinksAndCallsWhateverIsKept)
+{
+    journal.keep(Keep::request);
+    journal.arm({.function = "probe_sink"});
+    journal.arm({.function = "probe", .code = -6, .nth = 2});
+    probe_sink("hello");
+    ASSERT_EQ(journal.records().size(), 1U);
+    EXPECT_EQ(journal.records()[0].reason, "injected");
+    journal.begin_request("add Ethernet0");
+    EXPECT_EQ(probe(1), 2);
+    journal.begin_request("add Ethernet4");
+    EXPECT_EQ(probe(1), -6);
+}
+
 TEST_F(JournalTest, LineHasSequenceLayerTextReasonAndRequest)
 {
     probe(1);

@@ -68,6 +68,22 @@ TEST_F(TraceLogTest, RepeatedErrorIsKeptTwice)
     EXPECT_TRUE(log.texts(104).empty());
 }
 
+TEST_F(TraceLogTest, ErrorsOnlyKeepsEachErrorAndTheLastMessage)
+{
+    log.errors_only = true;
+    fwm_ds_trace_add("unit", "place", 41, 0, "before");
+    fwm_ds_trace_add("unit", "place", 42, 0, "first");
+    fwm_ds_add("unit", "place", 42, "first");
+    fwm_ds_trace_add("unit", "place", 43, 0, "between");
+    fwm_ds_trace_add("unit", "place", 44, 0, "second");
+    fwm_ds_add("unit", "place", 44, "second");
+    fwm_ds_trace_add("unit", "place", 45, 0, "behind");
+    fwm_ds_trace_add("unit", "place", 46, 0, "last");
+    EXPECT_THAT(log.messages(), ElementsAre(Message{102, "unit", "place", 42, "first"},
+                                            Message{102, "unit", "place", 44, "second"},
+                                            Message{104, "unit", "place", 46, "last"}));
+}
+
 TEST_F(TraceLogTest, LongTextsAreKeptWhole)
 {
     for (const std::size_t size : {0U, 255U, 256U, 257U, 5000U}) {

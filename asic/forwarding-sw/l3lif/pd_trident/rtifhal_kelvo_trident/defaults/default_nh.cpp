@@ -45,6 +45,7 @@ struct route_build {
     int multipath;    /**< 1: next_hop is a group */
     int made;         /**< number of egress objects made */
     bool saved;       /**< the set before is in curr_egress */
+    // The first `made` of each count; the others hold nothing.
     bcm_l3_egress_t egress[RTIFHAL_DEF_ROUTE_PATHS];
     int ids[RTIFHAL_DEF_ROUTE_PATHS];
 };
@@ -172,6 +173,7 @@ void build_member(route_build &build, const def_route_path_t &path, int &last_co
     }
     const int n = build.made;
     build.egress[n] = next_hop_of(path, l3iif);
+    build.ids[n] = 0;
     if (bcm_l3_egress_create(UNIT, NO_FLAGS, &build.egress[n], &build.ids[n]) != 0) {
         REPORT_OF(rtifhal_trident_create_default_nh, "Adj create for ecmp failed l3_iif %d\n",
                   l3iif);
@@ -247,10 +249,15 @@ void add_route(const route_build &build)
 
 void rebuild_route(uint32_t index, uint32_t ifindex, int &last_code)
 {
-    route_build build = {};
+    // Not cleared as a whole: it has kilobytes of room for paths.
+    route_build build;
     build.route = &def_routes[index];
     build.set = &egresses[index];
     build.ifindex = ifindex;
+    build.next_hop = 0;
+    build.multipath = 0;
+    build.made = 0;
+    build.saved = false;
     const bool goes_on =
         build.route->paths < 2 ? build_single(build, last_code) : build_multipath(build, last_code);
     if (!goes_on) {

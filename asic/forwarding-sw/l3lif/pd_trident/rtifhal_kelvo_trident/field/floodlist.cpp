@@ -39,6 +39,8 @@ constexpr int MODEL_ENTRY = 5;
 /** Further entries, in the data of the layer above. */
 constexpr int GLOBAL_DATA_ENTRIES = 672;
 constexpr int GLOBAL_DATA_ENTRIES_END = 1056;
+/** Bytes of them that are looked at as one. */
+constexpr int GLOBAL_DATA_ROW = 64;
 
 void move_port(bcm_pbmp_t &pbmp, int l3, int port)
 {
@@ -57,17 +59,54 @@ int set_redirect_ports(int unit, int entry, const bcm_pbmp_t &pbmp)
     return bcm_field_entry_reinstall(unit, entry);
 }
 
+/** Asks for the region's size; as a rule once. */
+[[gnu::noinline]] void fetch_default_size()
+{
+    const int rc = fwmpd_trident_get_sup_tcam_default_size(&tcam_sup_default_size);
+    if (rc != 0) {
+        REPORT_OF(rtifhal_brcm_tcam_sup_default_size,
+                  "%s: FWMPD sup tcam size fetch returned error %d\n",
+                  "rtifhal_brcm_tcam_sup_default_size", rc);
+    } else {
+        tcam_sup_size_stale = 0;
+    }
+}
+
+/** Whether none of a row of further entries is in use, as most aren't. */
+bool is_row_free(const unsigned char *row)
+{
+    uint64_t any = 0;
+    for (int at = 0; at < GLOBAL_DATA_ROW; at += 8) {
+        uint64_t entries;
+        memcpy(&entries, row + at, sizeof entries);
+        any |= entries;
+    }
+    return any == 0;
+}
+
+/** Edits the further entries. */
+void update_global_entries(int unit, int l3, int port)
+{
+    for (int row = GLOBAL_DATA_ENTRIES; row < GLOBAL_DATA_ENTRIES_END; row += GLOBAL_DATA_ROW) {
+        if (is_row_free(&l3lif_global_data[row])) {
+            continue;
+        }
+        for (int at = row; at < row + GLOBAL_DATA_ROW; at += 4) {
+            int entry;
+            memcpy(&entry, &l3lif_global_data[at], sizeof entry);
+            if (entry != 0) {
+                (void)rtifhal_add_remove_port_to_floodlist(unit, entry, l3, port);
+            }
+        }
+    }
+}
+
 } // namespace
 
 int rtifhal_brcm_tcam_sup_default_size()
 {
-    if (tcam_sup_size_stale != 0) {
-        const int rc = fwmpd_trident_get_sup_tcam_default_size(&tcam_sup_default_size);
-        if (rc != 0) {
-            REPORT("%s: FWMPD sup tcam size fetch returned error %d\n", __func__, rc);
-        } else {
-            tcam_sup_size_stale = 0;
-        }
+    if (tcam_sup_size_stale != 0) [[unlikely]] {
+        fetch_default_size();
     }
     return tcam_sup_default_size;
 }
@@ -113,13 +152,7 @@ int rtifhal_update_llm_acl_floodlist(int port, int l2)
         const int entry = rtifhal_brcm_tcam_sup_default_size() - back;
         (void)rtifhal_add_remove_port_to_floodlist(unit, entry, l3, low_port);
     }
-    for (int at = GLOBAL_DATA_ENTRIES; at < GLOBAL_DATA_ENTRIES_END; at += 4) {
-        int entry;
-        memcpy(&entry, &l3lif_global_data[at], sizeof entry);
-        if (entry != 0) {
-            (void)rtifhal_add_remove_port_to_floodlist(unit, entry, l3, low_port);
-        }
-    }
+    update_global_entries(unit, l3, low_port);
     int rc = 0;
     for (const int back : IN_PORTS_ENTRIES) {
         const int entry = rtifhal_brcm_tcam_sup_default_size() - back;

@@ -27,7 +27,7 @@ namespace
 
 constexpr uint32_t TABLE_BYTES = 1024;
 constexpr int TABLE_NUMBERS = 8192;
-constexpr size_t TABLE_WORDS = 256;
+constexpr size_t TABLE_WORDS = sizeof(l3iif_bitmap_t) / sizeof(uint64_t);
 
 /** Where the held-back numbers stand in the global configuration. */
 constexpr int GLOBAL_CONFIG_PRESERVE = 44;
@@ -77,16 +77,16 @@ void set_range(l3iif_bitmap_t &table, int first, int end)
     }
 }
 
-/** The lowest number whose bit is `wanted`, -1 if there is none; 32 numbers at a time. */
+/** The lowest number whose bit is `wanted`, -1 if there is none; 64 numbers at a time. */
 int find_lowest(const l3iif_bitmap_t &table, bool wanted)
 {
     for (size_t index = 0; index < TABLE_WORDS; ++index) {
-        uint32_t word;
+        uint64_t word;
         memcpy(&word, &table.bits[index * sizeof word], sizeof word);
         // The lowest number is the top bit of the first byte.
-        word = __builtin_bswap32(wanted ? word : ~word);
+        word = __builtin_bswap64(wanted ? word : ~word);
         if (word != 0) {
-            return static_cast<int>(index) * 32 + __builtin_clz(word);
+            return static_cast<int>(index) * 64 + __builtin_clzll(word);
         }
     }
     return -1;

@@ -53,29 +53,47 @@ void rtifhal_trace_history(int level, const char *format, ...)
 /** Only lets the compiler hold a trace point's arguments against its text. */
 int rtifhal_trace_check(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
+// Without optimisation it is a function, so that coverage counts its branches once.
+#ifdef __OPTIMIZE__
+#define RTIFHAL_IN_PLACE [[gnu::always_inline]] inline
+#else
+#define RTIFHAL_IN_PLACE inline
+#endif
+
+/** Writes a line to the stream, which is open. The point comes in pieces: it needs no memory. */
+template <class... Args>
+[[gnu::noinline, gnu::cold]] void rtifhal_trace_stream(int point_level, const char *function,
+                                                       int line, const char *format, Args... args)
+{
+    const char *level = fwm_debug_elem_descr(point_level);
+    const char *time = fwm_ctime();
+    fprintf(dbg_out_file, "[%s]%s: %s(%d): ", time, level, function, line);
+    fprintf(dbg_out_file, format, args...);
+    fwm_check_flush_dbg_out_file();
+}
+
 /**
  * The trace frame: hands one diagnostic to the trace buffer, for errors to the
  * error buffer, to the stream where it is open, to the history and the debug
  * output where they want it. It changes nothing and can't fail.
+ *
+ * It stands in the code of each trace point: most of what the library does is
+ * to trace, and the three calls that always come are then the whole of it.
  */
 template <class... Args>
-void rtifhal_trace(const trace_point &point, const char *format, Args... args)
+RTIFHAL_IN_PLACE void rtifhal_trace(const trace_point &point, const char *format, Args... args)
 {
     fwm_ds_trace_add(point.file, point.function, point.line, 0, format, args...);
     if (point.level == LEVEL_ERROR) {
         fwm_ds_add(point.file, point.function, point.line, format, args...);
     }
-    if (dbg_out_file != nullptr) {
-        const char *level = fwm_debug_elem_descr(point.level);
-        const char *time = fwm_ctime();
-        fprintf(dbg_out_file, "[%s]%s: %s(%d): ", time, level, point.function, point.line);
-        fprintf(dbg_out_file, format, args...);
-        fwm_check_flush_dbg_out_file();
+    if (dbg_out_file != nullptr) [[unlikely]] {
+        rtifhal_trace_stream(point.level, point.function, point.line, format, args...);
     }
-    if (sdwrap_hist_event_subtype_check(HISTORY_EVENT_TYPE, point.level) == 0) {
+    if (sdwrap_hist_event_subtype_check(HISTORY_EVENT_TYPE, point.level) == 0) [[unlikely]] {
         rtifhal_trace_history(point.level, format, args...);
     }
-    if (sdwrap_chk_int(point.level, 0, 0, 1) != 0) {
+    if (sdwrap_chk_int(point.level, 0, 0, 1) != 0) [[unlikely]] {
         buginf(1, sdwrap_dbg_modname, 0, format, args...);
     }
 }

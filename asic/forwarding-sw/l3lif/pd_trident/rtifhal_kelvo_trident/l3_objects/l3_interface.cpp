@@ -130,7 +130,7 @@ int allocate_records(struct l3lif *working)
                   "rtifhal_l3_intf_create", working->ifindex);
         return -1;
     }
-    memset(context->l3_pd, 0, sizeof *context->l3_pd);
+    *context->l3_pd = {};
     return 0;
 }
 
