@@ -127,14 +127,17 @@ Run measure(const fs::path &rtif, const Case &what, const Scale &scale, int runs
     const bench::TemporaryFolder folder;
     const bench::Place place = {folder.path / "mixed.json", folder.path / "state"};
     std::ofstream(place.config) << lab_test::mixed_configuration(scale.interfaces, scale.chip);
-    if (what.work != bench::Work::up) {
-        // A restart needs what an earlier process has left; an up begins in an empty folder.
-        run(words_for(rtif, {"", bench::Work::up_with_state, 0}, scale, place));
+    // A restart needs what an earlier process has left, and adds to it; an up begins in an
+    // empty folder.
+    const fs::path left = folder.path / "left";
+    if (what.work != bench::Work::up && what.work != bench::Work::up_with_state) {
+        run(words_for(rtif, {"", bench::Work::up_with_state, 0}, scale, {place.config, left}));
     }
     std::vector<Run> all;
     for (int i = 0; i < runs; ++i) {
-        if (what.work == bench::Work::up_with_state) {
-            fs::remove_all(place.state);
+        fs::remove_all(place.state);
+        if (fs::exists(left)) {
+            fs::copy(left, place.state, fs::copy_options::recursive);
         }
         all.push_back(run(words_for(rtif, what, scale, place)));
     }
