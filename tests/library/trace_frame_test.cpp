@@ -296,6 +296,24 @@ TEST_F(TraceFrame, EveryMessageOfAFunctionGoesThroughTheFrame)
     EXPECT_EQ(sw.trace.debug_texts().size(), 2U);
 }
 
+// The points above are this file's own; here the library's are asked.
+TEST_F(TraceFrame, PointOfTheLibraryHandsTheSameWordsOn)
+{
+    want_all();
+    l3iif_table_init();
+    start();
+    l3iif_table_init();
+    ASSERT_EQ(sw.trace.messages().size(), 1U);
+    const simswitch::fwm::Message &message = sw.trace.messages()[0];
+    const std::string quoted = R"(" l3iif_table_init called with :1 \n")";
+    EXPECT_EQ(arguments_of("fwm_ds_trace_add"), "\"" + message.file + "\", \"l3iif_table_init\", " +
+                                                    std::to_string(message.line) + ", 0, " +
+                                                    quoted);
+    EXPECT_EQ(arguments_of("sdwrap_chk_int"), "104, 0, 0, 1");
+    EXPECT_EQ(arguments_of("buginf"),
+              std::string("1, \"") + sdwrap_dbg_modname + "\", 0, " + quoted);
+}
+
 TEST_F(TraceFrame, SourceFileIsThePathOfTheUnit)
 {
     const std::string unit = "asic/forwarding-sw/l3lif/pd_trident/rtifhal_kelvo_trident";
