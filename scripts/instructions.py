@@ -3,7 +3,7 @@
 
     instructions.py check PROGRAM    fails when a count of the library grew by more than 5 %
     instructions.py write PROGRAM    writes the table anew
-    instructions.py show PROGRAM     prints the counts, with the profile of the worst ratios
+    instructions.py show PROGRAM     prints the counts beside those of the platform calls alone
 
 PROGRAM is request_counts of an optimised build; it runs under valgrind's callgrind, which
 counts the same instructions each time. Exit code 77: there is no valgrind.

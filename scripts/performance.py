@@ -4,7 +4,8 @@
     performance.py write FOLDER    prints them, and makes the page and the plot
 
 FOLDER holds the programs' JSON: floor.json, growth.json, growth_instructions.json,
-whole.json, library.json (measured.py), pipeline.json (Google Benchmark's own). The instructions are those of
+profile.json (instruction_profile.py), whole.json, library.json (measured.py), pipeline.json (Google
+Benchmark's own). The instructions are those of
 bench/instructions.json, which a test holds against the library. What misses its goal
 finds its reason in bench/reasons.toml:
 
@@ -40,6 +41,7 @@ GOAL_GROWTH = 1.5
 FILES = {
     "floor": ("request", "chip", "calls", "library_ns", "floor_ns", "ratio"),
     "instructions": ("request", "chip", "library", "floor"),
+    "profile": ("request", "chip", "platform", "library", "functions"),
     "growth": ("request", "chip", "subject", "count", "calls", "ns"),
     "growth_instructions": ("request", "chip", "interfaces", "few", "many"),
     "whole": (
@@ -80,6 +82,7 @@ class Results:
 
     floor: list = field(default_factory=list)
     instructions: list = field(default_factory=list)
+    profile: list = field(default_factory=list)
     growth: list = field(default_factory=list)
     growth_instructions: list = field(default_factory=list)
     whole: list = field(default_factory=list)

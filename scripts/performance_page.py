@@ -4,8 +4,13 @@ performance.py reads the figures and knows the goals; nothing here was typed by
 hand but words.
 """
 
+from collections import Counter
+
 import page
 from page import code
+
+# Rows of a table that shows the most of something.
+FUNCTIONS = 12
 
 CHIPS = {"trident": "Trident", "trident2": "Trident2"}
 
@@ -161,6 +166,32 @@ def _instructions(rows):
     return [INSTRUCTIONS, *table(head, lines)]
 
 
+def _profile(rows):
+    """Where the library's own instructions go, over all requests and in those that have most."""
+    functions = Counter()
+    for row in rows:
+        functions.update(row["functions"])
+    own = functions.total()
+    platform = sum(row["platform"] for row in rows)
+    lines = ["### Where the library's instructions go", "", page.paragraph(
+        f"Counted by valgrind's callgrind on a {chip_name(rows[0]['chip'])}, each of the {len(rows)} requests made"
+        f" once: {own:,} instructions of the library's own, the passing of arguments among them, and"
+        f" {platform:,} of the null platform and the C library. What a function is made part of counts as that"
+        " function's: trace points, above all."), ""]
+    most = [[code(name), f"{count:,}", f"{100 * count / own:.1f} %"]
+            for name, count in functions.most_common(FUNCTIONS)]
+    lines += table(["function", "instructions", "of all"], most)
+    worst = sorted(rows, key=lambda row: row["platform"] / row["library"])[:FUNCTIONS]
+    cells = [
+        [row["request"], f"{row['library']:,}", f"{row['platform']:,}",
+         ", ".join(f"{code(name)} {count:,}" for name, count in
+                   Counter(row["functions"]).most_common(3))]
+        for row in worst
+    ]
+    return [*lines, "The requests in which the library's own are most, beside the platform's:", "",
+            *table(["request", "library", "platform", "most of it"], cells)]
+
+
 def _subject(growth, subject):
     """The table of what grows with one thing: the main chip's costs, the other's growth."""
     of_subject = [series for series in growth if series.subject == subject]
@@ -283,6 +314,8 @@ def page_text(results, goals, goal_request, plot=None):
         lines += _floor(results.floor, goal_request)
     if results.instructions:
         lines += _instructions(results.instructions)
+    if results.profile:
+        lines += _profile(results.profile)
     if results.growth:
         lines += _growth(results.growth, plot)
     if results.growth_instructions:
