@@ -169,7 +169,8 @@ struct l3lif *l3lif_find_lif_from_ifindex(uint32_t ifindex)
 struct l3lif *l3lif_find_lif_from_int_vlan(uint16_t vlan)
 {
     CALLED(l3lif_find_lif_from_int_vlan, vlan);
-    return GIVES(directory.by_int_vlan[vlan % VLANS]);
+    struct l3lif *const found = directory.by_int_vlan[vlan % VLANS];
+    return GIVES(found);
 }
 
 int l3lif_get_iif_for_ifindex_new(uint32_t ifindex, l3lif_iif_info_t *info)

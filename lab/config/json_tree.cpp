@@ -45,8 +45,7 @@ std::string plain_reason(const std::string &message)
                                                               : message;
     // A number of the file may stand in it, however long.
     const std::string plain = harmless(reason.substr(0, reason.find(';')));
-    return plain.size() <= REASON_MAX ? plain
-                                      : fmt::format("{}…", plain.substr(0, REASON_MAX));
+    return plain.size() <= REASON_MAX ? plain : fmt::format("{}…", plain.substr(0, REASON_MAX));
 }
 
 /** Builds the tree from the parser's events. */

@@ -1,6 +1,6 @@
 /*
- * growth_test.cpp: the requests of bench/growth/growth_requests.h: they leave all as it was, so that
- * any number of them can be measured, and they don't call the platform more often with more
+ * growth_test.cpp: the requests of bench/growth/growth_requests.h: they leave all as it was, so
+ * that any number of them can be measured, and they don't call the platform more often with more
  * interfaces.
  *
  * The library's tables begin anew in a new process only: each network is one's.

@@ -27,7 +27,7 @@ namespace
 
 constexpr uint32_t TABLE_BYTES = 1024;
 constexpr int TABLE_NUMBERS = 8192;
-constexpr size_t TABLE_WORDS = sizeof(l3iif_bitmap_t) / sizeof(uint64_t);
+constexpr size_t TABLE_WORDS = TABLE_BYTES / sizeof(uint64_t);
 
 /** Where the held-back numbers stand in the global configuration. */
 constexpr int GLOBAL_CONFIG_PRESERVE = 44;
