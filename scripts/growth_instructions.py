@@ -10,14 +10,12 @@ which counts the same instructions each time. Exit code 77: there is no valgrind
 import argparse
 import json
 import shutil
-import subprocess
 import sys
-import tempfile
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 import page
-from instructions import SKIPPED, CountError, count_of
+from instructions import SKIPPED, CountError, callgrind, count_of
 
 FEW = 16
 
@@ -29,16 +27,8 @@ LIMIT = 1.5
 
 def counts(program, chip, interfaces):
     """Instructions by request, a batch each; raises CountError."""
-    with tempfile.TemporaryDirectory() as folder:
-        out = Path(folder) / "dump"
-        done = subprocess.run(
-            ["valgrind", "--tool=callgrind", "--collect-atstart=no",
-             f"--callgrind-out-file={out}", str(program), chip, str(interfaces)],
-            capture_output=True, text=True, check=False,
-        )
-        if done.returncode != 0:
-            raise CountError(f"{program} {chip} {interfaces} failed:\n{done.stderr[-2000:]}")
-        found = dict(count for count in map(count_of, Path(folder).glob("dump.*")) if count)
+    with callgrind(program, chip, str(interfaces)) as dumps:
+        found = dict(count for count in map(count_of, dumps) if count)
     if not found:
         raise CountError(f"{program} {chip} {interfaces} has counted nothing")
     return found

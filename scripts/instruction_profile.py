@@ -13,12 +13,11 @@ import re
 import shutil
 import subprocess
 import sys
-import tempfile
 from collections import Counter
 from datetime import datetime, timezone
 from pathlib import Path
 
-from instructions import SKIPPED, CountError, count_of
+from instructions import SKIPPED, CountError, callgrind, count_of
 
 CHIP = "trident2"
 SIDE = "/library"
@@ -72,7 +71,7 @@ def rows_of(dumps, library):
     """A row for each request of the library's side: its own instructions by function, and the rest."""
     names = {}
     rows = []
-    for dump in sorted(dumps, key=lambda path: int(path.suffix[1:])):
+    for dump in dumps:
         text = dump.read_text()
         costs = own_costs(text, names)
         counted = count_of(dump)
@@ -95,14 +94,8 @@ def rows_of(dumps, library):
 
 def profile(program, library):
     """The rows of all requests; raises CountError."""
-    with tempfile.TemporaryDirectory() as folder:
-        done = subprocess.run(
-            ["valgrind", "--tool=callgrind", "--collect-atstart=no",
-             f"--callgrind-out-file={Path(folder) / 'dump'}", str(program), CHIP],
-            capture_output=True, text=True, check=False)
-        if done.returncode != 0:
-            raise CountError(f"{program} failed:\n{done.stderr[-2000:]}")
-        return rows_of(Path(folder).glob("dump.*"), library)
+    with callgrind(program, CHIP) as dumps:
+        return rows_of(dumps, library)
 
 
 def main(arguments=None):

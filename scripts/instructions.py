@@ -10,6 +10,7 @@ counts the same instructions each time. Exit code 77: there is no valgrind.
 """
 import argparse
 import concurrent.futures
+import contextlib
 import json
 import math
 import pathlib
@@ -43,16 +44,22 @@ def count_of(dump):
     return trigger.group(1), int(total.group(1)) if total else 0
 
 
-def counts_of_chip(program, chip):
-    """The rows of a chip: request, chip, library, floor."""
+@contextlib.contextmanager
+def callgrind(program, *words):
+    """Runs a program under callgrind: the dumps that it asked for, in their order, while they are there."""
     with tempfile.TemporaryDirectory() as folder:
         out = pathlib.Path(folder) / "dump"
         done = subprocess.run(
             ["valgrind", "--tool=callgrind", "--collect-atstart=no", f"--callgrind-out-file={out}",
-             program, chip], capture_output=True, text=True, check=False)
+             str(program), *words], capture_output=True, text=True, check=False)
         if done.returncode != 0:
-            raise CountError(f"{program} {chip} failed:\n{done.stderr}")
-        dumps = sorted(pathlib.Path(folder).glob("dump.*"), key=lambda d: int(d.suffix[1:]))
+            raise CountError(f"{' '.join([str(program), *words])} failed:\n{done.stderr[-2000:]}")
+        yield sorted(pathlib.Path(folder).glob("dump.*"), key=lambda d: int(d.suffix[1:]))
+
+
+def counts_of_chip(program, chip):
+    """The rows of a chip: request, chip, library, floor."""
+    with callgrind(program, chip) as dumps:
         counted = [count for count in map(count_of, dumps) if count]
     rows = {}
     for name, count in counted:

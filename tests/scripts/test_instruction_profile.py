@@ -61,7 +61,7 @@ class Rows(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             for number, text in enumerate(texts, 1):
                 (Path(folder) / f"dump.{number}").write_text(text)
-            return instruction_profile.rows_of(Path(folder).glob("dump.*"), {"rtifhal_add", "find"})
+            return instruction_profile.rows_of(sorted(Path(folder).glob("dump.*")), {"rtifhal_add", "find"})
 
     def test_the_library_is_told_from_the_platform(self):
         self.assertEqual(self.rows(DUMP), [
