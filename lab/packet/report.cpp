@@ -15,7 +15,6 @@
 namespace lab::packet
 {
 
-using simswitch::chip::pipeline::Mark;
 using simswitch::chip::pipeline::Verdict;
 
 namespace

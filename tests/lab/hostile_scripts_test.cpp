@@ -131,6 +131,7 @@ TEST(HostileText, ComesOutHarmlessAndOnlyThen)
     EXPECT_EQ(harmless("a\xff"
                        "b\xc3"),
               "a\\xffb\\xc3");
+    // NOLINTNEXTLINE(misc-misleading-bidirectional): it misleads on purpose
     EXPECT_EQ(harmless("\u202e\u061c\u009b\u007f"), "\\xe2\\x80\\xae\\xd8\\x9c\\xc2\\x9b\\x7f");
     // Too long forms, surrogates, what is beyond the last character.
     EXPECT_EQ(harmless("\xc0\x80\xed\xa0\x80\xf4\x90\x80\x80"),

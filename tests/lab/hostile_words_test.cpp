@@ -6,6 +6,7 @@
 #include "restart_run.h"
 #include "up_run.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <fstream>

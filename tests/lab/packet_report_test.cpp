@@ -39,7 +39,7 @@ protected:
 TEST_F(PacketReport, ANarrowTerminalGetsNoLongLines)
 {
     run("packet --in PortChannel0001.20 --ip 10.8.20.9 10.2.0.19");
-    for (const std::size_t width : {72, 80, 100, 140}) {
+    for (const std::size_t width : {72U, 80U, 100U, 140U}) {
         std::istringstream lines(text(width));
         std::string line;
         std::getline(lines, line); // the frame stands in one line, whatever its length

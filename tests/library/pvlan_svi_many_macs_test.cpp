@@ -26,6 +26,7 @@ protected:
     void mirrored_macs(int count)
     {
         std::vector<Address> macs;
+        macs.reserve(static_cast<std::size_t>(count));
         for (int n = 0; n < count; ++n) {
             macs.push_back(numbered(n));
         }

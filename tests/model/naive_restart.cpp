@@ -12,7 +12,6 @@ namespace model_test
 {
 
 using lab::config::Kind;
-using lab::l3lif::Standing;
 
 void NaiveSwitch::restart(const std::string &mode)
 {
