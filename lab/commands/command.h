@@ -1,7 +1,8 @@
 /*
  * command.h: a command of rtif as the command line has it: its options, and what
  * runs it. command_line.cpp asks for each of them; session_commands.cpp,
- * restart_commands.cpp, packet_commands.cpp and wire_commands.cpp have their options.
+ * restart_commands.cpp, packet_commands.cpp, wire_commands.cpp, record_commands.cpp and others have
+ * their options.
  */
 #pragma once
 
@@ -46,9 +47,16 @@ Command add_restart(CLI::App &app);
 Command add_check(CLI::App &app);
 // packet_commands.cpp
 Command add_packet(CLI::App &app);
+// record_commands.cpp
+Command add_replay(CLI::App &app);
+Command add_diff(CLI::App &app);
+// explain_command.cpp
+Command add_explain(CLI::App &app);
 // faults.cpp
 Command add_faults(CLI::App &app);
 // wire_commands.cpp
 Command add_wire(CLI::App &app);
+// report_command.cpp
+Command add_report(CLI::App &app);
 
 } // namespace lab::commands

@@ -5,6 +5,7 @@
 #include "commands/command_line.h"
 
 #include "commands/command.h"
+#include "commands/usage.h"
 #include "config/shown.h"
 
 #include <CLI/CLI.hpp>
@@ -14,7 +15,6 @@
 #include <exception>
 #include <map>
 #include <ostream>
-#include <sstream>
 #include <string>
 
 namespace lab::commands
@@ -70,16 +70,19 @@ int run(int argc, const char *const *argv, const Terminal &terminal)
     app.set_version_flag("--version", "rtif " RTIF_VERSION);
     app.require_subcommand(1);
     const std::array commands = {
-        add_up(app),    add_run(app),  add_shell(app), add_default_routes(app), add_restart(app),
-        add_check(app), add_dump(app), add_wire(app),  add_packet(app),         add_faults(app),
+        add_up(app),     add_run(app),    add_shell(app), add_default_routes(app), add_restart(app),
+        add_check(app),  add_dump(app),   add_wire(app),  add_packet(app),         add_report(app),
+        add_faults(app), add_replay(app), add_diff(app),  add_explain(app),
     };
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        std::ostringstream told;
-        const int code = app.exit(error, terminal.out, told);
-        terminal.err << config::harmless_lines(told.str());
-        return code == 0 ? EXIT_DONE : EXIT_USAGE;
+        if (error.get_exit_code() == 0) {
+            app.exit(error, terminal.out, terminal.err); // it was asked for: help, the version
+            return EXIT_DONE;
+        }
+        terminal.err << config::harmless_lines(usage_problem(app, error));
+        return EXIT_USAGE;
     }
     const auto *const asked =
         std::find_if(commands.begin(), commands.end(),

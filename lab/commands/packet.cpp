@@ -3,6 +3,7 @@
  */
 #include "commands/packet.h"
 
+#include "commands/looked_at.h"
 #include "config/names.h"
 #include "config/shown.h"
 #include "packet/capture.h"
@@ -12,12 +13,10 @@
 #include "packet/report.h"
 #include "session/errors.h"
 #include "session/state.h"
-#include "session/verbs.h"
 
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
-#include <algorithm>
 #include <sstream>
 #include <utility>
 
@@ -26,23 +25,6 @@ namespace lab::commands
 
 namespace
 {
-
-/** Brings the configuration up; false when something of it was refused, which is told. */
-bool bring_up(session::State &state, const PacketOptions &options, const Terminal &terminal)
-{
-    state.hardware.chip.track_authors();
-    bool refused = session::run_up(state, {options.config.string(), "open"}).refused;
-    const auto &interfaces = state.config->interfaces;
-    if (std::any_of(interfaces.begin(), interfaces.end(),
-                    [](const auto &interface) { return interface.routes(true); })) {
-        refused = session::run_ipv6(state, {"on"}).refused || refused;
-    }
-    if (refused) {
-        fmt::print(terminal.err, "{}: something was refused, 'rtif up' tells of it\n",
-                   state.config->file);
-    }
-    return !refused;
-}
 
 /** "Vlan100,10.1.0.9,02:00:00:00:00:09,Ethernet16". */
 routing::Neighbor parse_neighbor(const std::string &text)
@@ -117,7 +99,7 @@ int packet_on(simswitch::Switch &hardware, const PacketOptions &options, const T
 {
     try {
         session::State state{hardware};
-        const bool up = bring_up(state, options, terminal);
+        const bool up = bring_up_open(state, options.config, terminal);
         add_neighbors(state, options);
         const int code = options.capture.empty() ? explain(state, options, terminal)
                                                  : play(state, options, terminal);

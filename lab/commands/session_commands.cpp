@@ -36,6 +36,7 @@ Command add_up(CLI::App &app)
 {
     struct Parsed : SwitchWords {
         std::string config;
+        std::string record = {};
         UpOptions options;
     };
     const auto parsed = std::make_shared<Parsed>();
@@ -52,12 +53,16 @@ Command add_up(CLI::App &app)
                  "Prints the library's messages under each interface, with their level");
     up->add_flag("--then-down", parsed->options.then_down,
                  "Takes everything down again and tells what was left behind");
+    up->add_option("--record", parsed->record,
+                   "Writes every request, call and message into this file, for replay and diff")
+        ->type_name("FILE");
     up->footer("Exit codes: 0 done (rows that are not taken are no failure), 1 refused, 2 usage.");
     return {up, [parsed](const Terminal &terminal) {
                 UpOptions options = parsed->options;
                 options.config = parsed->config;
                 options.chip = chip_kinds().at(parsed->chip);
                 options.state_dir = parsed->state_dir;
+                options.record = parsed->record;
                 options.view.colour = terminal.colour;
                 options.progress = terminal.progress;
                 return commands::up(options, terminal.out);

@@ -11,6 +11,7 @@
 #include "l3lif/readback.h"
 #include "l3lif/readback_macs.h"
 #include "l3lif/restart_state.h"
+#include "record/recorder.h"
 #include "report/json.h"
 #include "report/table.h"
 
@@ -19,6 +20,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -129,6 +131,16 @@ report::Teardown tear_down(simswitch::Switch &hardware, l3lif::Layer &layer,
     return teardown;
 }
 
+/** What a recording of the run begins with. */
+record::Header header_of(const UpOptions &options, const std::string &config)
+{
+    record::Header header;
+    header.configuration = options.config.string();
+    header.then_down = options.then_down;
+    header.config = config;
+    return header;
+}
+
 } // namespace
 
 int up(const UpOptions &options, std::ostream &out)
@@ -156,11 +168,20 @@ report::UpResult result_of(const simswitch::Switch &hardware, const config::Desc
 
 int up_on(simswitch::Switch &hardware, const UpOptions &options, std::ostream &out)
 {
-    const config::Description config = config::read_config(options.config);
+    const std::string text = config::read_file(options.config);
+    const auto config = config::read_config_text(text, options.config.string());
+    std::optional<record::RecordingFile> file;
+    if (!options.record.empty()) {
+        file.emplace(options.record, options.config);
+    }
     l3lif::keep_config(options.state_dir, options.config);
     const auto earlier = l3lif::forget_earlier_run(hardware, options.state_dir);
 
     const l3lif::Moment before = l3lif::look(hardware);
+    std::optional<record::Recorder> recorder;
+    if (file) {
+        recorder.emplace(hardware, header_of(options, text), file->out());
+    }
     l3lif::Layer layer(hardware);
     ProgressBar bar(options.progress);
     l3lif::bring_all_up(config, layer, {}, bar.listener("bringing up"));
@@ -171,6 +192,11 @@ int up_on(simswitch::Switch &hardware, const UpOptions &options, std::ostream &o
         result.teardown = tear_down(hardware, layer, before);
     }
 
+    if (recorder) {
+        recorder->finish();
+        recorder.reset();
+        file->close();
+    }
     bar.clear();
     if (options.json) {
         report::print_json(result, options.view, out);

@@ -23,6 +23,7 @@ struct UpOptions {
     bool then_down = false; ///< takes everything down again and compares
     bool progress = false;  ///< shows on standard error how far it is
     report::View view = {};
+    std::filesystem::path record = {}; ///< file that receives a recording; empty: none
 };
 
 /**
@@ -33,7 +34,8 @@ struct UpOptions {
  * @return 0; 1 when an interface or the router MAC failed, or something was
  *         left behind
  * @throws config::UnusableFile when the configuration can't be used
- * @throws std::runtime_error when the state folder can't be used
+ * @throws std::runtime_error when the state folder can't be used, or the recording can't be
+ *         written
  */
 int up(const UpOptions &options, std::ostream &out);
 

@@ -3,6 +3,8 @@
  */
 #include "l3lif/request.h"
 
+#include "l3lif/request_watch.h"
+
 #include <glib.h>
 
 #include <algorithm>
@@ -10,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <span>
 #include <utility>
 
 namespace lab::l3lif
@@ -64,11 +67,48 @@ std::vector<simswitch::fwm::Message> messages_of(const simswitch::fwm::TraceLog 
     return kept;
 }
 
+/** While a request runs, all its messages are kept for who watches. */
+class FullTrace
+{
+public:
+    FullTrace(simswitch::fwm::TraceLog &trace, bool wanted)
+        : trace_(trace), errors_only_(trace.errors_only)
+    {
+        trace_.errors_only = trace_.errors_only && !wanted;
+    }
+    ~FullTrace() { trace_.errors_only = errors_only_; }
+    FullTrace(const FullTrace &) = delete;
+    FullTrace &operator=(const FullTrace &) = delete;
+
+private:
+    simswitch::fwm::TraceLog &trace_;
+    bool errors_only_;
+};
+
 void take_message(const gchar * /*domain*/, GLogLevelFlags /*level*/, const gchar *text,
                   gpointer hardware)
 {
     static_cast<simswitch::Switch *>(hardware)->trace.add_trace(
         {.function = GLIB, .text = std::string(text) + "\n"});
+}
+
+/** Runs a request to its end, and tells who watches. */
+void run_watched(simswitch::Switch &hardware, const std::string &name, std::size_t first,
+                 const std::function<int()> &work, Request &request)
+{
+    const RequestWatch *watch = RequestWatch::of(hardware);
+    const FullTrace full(hardware.trace, watch != nullptr);
+    request.code = work();
+    // The end of a request writes out what still waits in the queue.
+    const auto report = hardware.wrappers.flush();
+    if (report.refused != 0) {
+        request.refused_writes = report.text;
+    }
+    if (watch != nullptr) {
+        const std::span records(hardware.journal.records());
+        watch->tell({name, request.code, records.subspan(std::min(first, records.size())),
+                     hardware.trace.messages(), request.refused_writes});
+    }
 }
 
 } // namespace
@@ -120,12 +160,7 @@ Request make_request(simswitch::Switch &hardware, const std::string &name,
     hardware.journal.begin_request(name);
     const std::size_t first = hardware.journal.records().size();
     const std::uint64_t made = hardware.journal.calls_made();
-    request.code = work();
-    // The end of a request writes out what still waits in the queue.
-    const auto report = hardware.wrappers.flush();
-    if (report.refused != 0) {
-        request.refused_writes = report.text;
-    }
+    run_watched(hardware, name, first, work, request);
     request.call_count = hardware.journal.calls_made() - made;
     if (hardware.journal.keeps_all()) {
         request.calls = hardware.journal.calls(first);

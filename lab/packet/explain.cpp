@@ -3,6 +3,7 @@
  */
 #include "packet/explain.h"
 
+#include "packet/authors.h"
 #include "packet/describe.h"
 #include "packet/fates.h"
 #include "packet/names.h"
@@ -33,41 +34,6 @@ using pipeline::Verdict;
 namespace
 {
 
-/** Whether a request's name, "add Ethernet0", is about an interface. */
-bool is_about(const std::string &author, const std::string &interface)
-{
-    const std::size_t at = author.find(interface);
-    if (interface.empty() || at == std::string::npos) {
-        return false;
-    }
-    const std::size_t end = at + interface.size();
-    const bool begins = at == 0 || author[at - 1] == ' ';
-    return begins && (end == author.size() || author[end] == ' ');
-}
-
-/**
- * Of several requests the one that is about the first of some interfaces, else
- * the first one. Of what was missed it is the last: who put it there has less to
- * say than who took it away.
- */
-std::string author_of(std::vector<std::string> authors, const std::vector<std::string> &interfaces,
-                      Mark mark)
-{
-    if (mark == Mark::miss) {
-        std::reverse(authors.begin(), authors.end());
-    }
-    for (const std::string &interface : interfaces) {
-        const auto found =
-            std::find_if(authors.begin(), authors.end(), [&interface](const std::string &author) {
-                return is_about(author, interface);
-            });
-        if (found != authors.end()) {
-            return *found;
-        }
-    }
-    return authors.empty() ? "" : authors.front();
-}
-
 bool is_way_out(Stage stage)
 {
     return stage == Stage::egress || stage == Stage::l3_interface || stage == Stage::tunnel ||
@@ -94,8 +60,8 @@ std::vector<ExplainedLine> explained(const pipeline::Trace &trace, const Names &
                             line.nearest.empty() ? "" : describe_nearest(names, line.nearest),
                             {},
                             names.chip().authors.of(line.table, line.id)};
-        shown.author =
-            author_of(shown.authors, is_way_out(line.stage) ? way_out : way_in, line.mark);
+        shown.author = author_of(shown.authors, is_way_out(line.stage) ? way_out : way_in,
+                                 line.mark == Mark::miss);
         lines.push_back(std::move(shown));
     }
     return lines;

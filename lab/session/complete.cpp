@@ -258,6 +258,9 @@ Candidates following(const State &state, const Words &words, const std::string &
     if (verb == "packet") {
         return packet_continuations({words.begin() + 1, words.end()}, state);
     }
+    if (verb == "explain") {
+        return explain_continuations({words.begin() + 1, words.end()}, state);
+    }
     if (verb == "expect") {
         return expect_continuations({words.begin() + 1, words.end()}, state.scene());
     }

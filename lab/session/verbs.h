@@ -5,7 +5,8 @@
  * interface_verbs.cpp has those on interfaces, address_verbs.cpp router MACs,
  * virtual MACs and private-VLAN pairs, routing_verbs.cpp hosts and routes, port_verbs.cpp and
  * vxlan_verbs.cpp the drop rule, member ports, dumps and VXLAN ports, restart_verbs.cpp the
- * restart, session_verbs.cpp all others.
+ * restart, packet_verbs.cpp packets, explain_verb.cpp numbers of the chip, session_verbs.cpp all
+ * others.
  */
 #pragma once
 
@@ -66,6 +67,8 @@ Outcome run_neighbor(State &state, const Words &words);
 Outcome run_route(State &state, const Words &words);
 // Packets.
 Outcome run_packet(State &state, const Words &words);
+// Numbers of the chip.
+Outcome run_explain(State &state, const Words &words);
 // All others; run_expect throws Unmet too.
 Outcome run_ipv6(State &state, const Words &words);
 Outcome run_fail(State &state, const Words &words);
@@ -84,6 +87,9 @@ std::string packet_text(const State &state);
 
 /** The words that may follow those behind `packet`. */
 std::vector<std::string> packet_continuations(const Words &words, const State &state);
+
+/** The words that may follow those behind `explain`. */
+std::vector<std::string> explain_continuations(const Words &words, const State &state);
 
 /** The words behind `show`. */
 std::vector<std::string> show_names();

@@ -139,3 +139,23 @@ TEST(CommandLine, HelpOnEachLevel)
     EXPECT_NE(rtif("shell --help").out.find("--chip"), std::string::npos);
     EXPECT_EQ(rtif("--version").out, "rtif 0.1.0\n");
 }
+
+TEST(CommandLine, WordsThatMakeNoSenseAreToldWithTheWayOut)
+{
+    EXPECT_EQ(errors_of("up"), "rtif up: config is required\n"
+                               "Usage: rtif up [OPTIONS] config\n"
+                               "Run 'rtif up --help' for more information.\n");
+    EXPECT_EQ(errors_of("pakcet x"), "rtif: unknown command 'pakcet': did you mean 'packet'?\n"
+                                     "Run 'rtif --help' for the list of commands.\n");
+    EXPECT_EQ(errors_of("frobnicate"), "rtif: unknown command 'frobnicate'\n"
+                                       "Run 'rtif --help' for the list of commands.\n");
+    EXPECT_EQ(errors_of("--hlep"), "rtif: unknown option '--hlep': did you mean '--help'?\n"
+                                   "Run 'rtif --help' for the list of commands.\n");
+}
+
+TEST(CommandLine, WithoutACommandTheListOfThemIsTold)
+{
+    const auto told = rtif("", "2>&1 >/dev/null");
+    EXPECT_EQ(told.code, 2);
+    EXPECT_EQ(told.out, "rtif: a command is missing\n\n" + rtif("--help").out);
+}

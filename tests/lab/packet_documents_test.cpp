@@ -15,7 +15,7 @@ namespace
 TEST(PacketDocuments, ReadmeShowsWhatTheCommandPrints)
 {
     const Folder folder;
-    EXPECT_EQ(expect_transcripts(source_path("README.md"), folder), 2);
+    EXPECT_EQ(expect_transcripts(source_path("README.md"), folder), 3);
 }
 
 TEST(PacketDocuments, PacketsPageShowsWhatTheCommandPrints)

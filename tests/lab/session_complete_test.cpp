@@ -35,7 +35,7 @@ protected:
 TEST_F(SessionComplete, CommandsStandFirst)
 {
     EXPECT_EQ(after("s"), (Words{"save", "set", "show"}));
-    EXPECT_EQ(after("").size(), 24U);
+    EXPECT_EQ(after("").size(), 25U);
     EXPECT_EQ(after("help sh"), Words{"show"});
     EXPECT_EQ(after("banana "), Words{});
     EXPECT_EQ(after("show # p"), Words{});

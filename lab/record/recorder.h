@@ -1,0 +1,68 @@
+/*
+ * recorder.h: writes a recording while a run goes on, request by request, so
+ * that neither a long run needs memory for it nor a run that is killed loses
+ * what was recorded. recording.h has the format.
+ */
+#pragma once
+
+#include "l3lif/request_watch.h"
+#include "record/recording.h"
+
+#include "switch.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <iosfwd>
+
+namespace lab::record
+{
+
+/** Writes the requests of a switch into a stream, as long as it lives. */
+class Recorder
+{
+public:
+    /**
+     * Begins the recording.
+     *
+     * @param hardware  whose requests are written; must outlive this
+     * @param header    its chip, limits and version are those of the switch and of this command
+     * @param out       must outlive this; flushed after each request
+     */
+    Recorder(const simswitch::Switch &hardware, Header header, std::ostream &out);
+
+    /** Ends the recording: it is complete. */
+    void finish();
+
+private:
+    void take(const l3lif::SeenRequest &request);
+
+    std::ostream &out_;
+    std::size_t requests_ = 0;
+    std::size_t calls_ = 0;
+    l3lif::RequestWatch watch_;
+};
+
+/** The file of a recording, opened before anything runs. */
+class RecordingFile
+{
+public:
+    /**
+     * Opens the file, in place of one that is there.
+     *
+     * @param path    the file
+     * @param config  the configuration that is run, which must not be the same file
+     * @throws std::runtime_error when it can't be written, or is the configuration
+     */
+    RecordingFile(const std::filesystem::path &path, const std::filesystem::path &config);
+
+    std::ostream &out() { return out_; }
+    /** @throws std::runtime_error when not all could be written */
+    void close();
+
+private:
+    std::filesystem::path path_;
+    std::ofstream out_;
+};
+
+} // namespace lab::record
