@@ -15,7 +15,7 @@ extern "C" {
 
 /** A set of qualifiers: qualifier q is bit q modulo 32 of word q / 32. */
 typedef struct bcm_field_qset {
-    uint32_t w[17];
+    uint32_t w[17]; /**< the words */
 } bcm_field_qset_t;
 
 SDK_STATIC_ASSERT(sizeof(bcm_field_qset_t) == 68, "bcm_field_qset_t is seventeen 32-bit words");

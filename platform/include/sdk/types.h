@@ -9,6 +9,7 @@
 
 #include <stdint.h>
 
+/** Stops the compilation with the text unless the condition holds, in C and in C++. */
 #ifdef __cplusplus
 #define SDK_STATIC_ASSERT(condition, text) static_assert(condition, text)
 #else
@@ -26,7 +27,7 @@ typedef int bcm_gport_t;
 
 /** A set of ports: port p is bit p modulo 32 of word p / 32, for p in 0..255. */
 typedef struct bcm_pbmp {
-    uint32_t pbits[8];
+    uint32_t pbits[8]; /**< the words */
 } bcm_pbmp_t;
 SDK_STATIC_ASSERT(sizeof(bcm_pbmp_t) == 32, "bcm_pbmp_t is eight 32-bit words");
 

@@ -44,16 +44,36 @@ int if_index_get_port(uint32_t ifindex, uint8_t *port);
  */
 int if_index_get_sub_intf(uint32_t ifindex, uint16_t *number);
 
-/** @param ifindex  the interface  @return nonzero for a port-channel and for its subinterfaces */
+/**
+ * Tells whether an interface is a port-channel or a subinterface of one.
+ *
+ * @param ifindex  the interface
+ * @return nonzero if so, else 0
+ */
 int if_index_is_eth_port_channel_intf(uint32_t ifindex);
 
-/** @param ifindex  the interface  @return nonzero for a subinterface of a port or port-channel */
+/**
+ * Tells whether an interface is a subinterface of a port or port-channel.
+ *
+ * @param ifindex  the interface
+ * @return nonzero if so, else 0
+ */
 int if_index_is_sub_intf(uint32_t ifindex);
 
-/** @param ifindex  the interface  @return nonzero for a physical Ethernet port */
+/**
+ * Tells whether an interface is a physical Ethernet port.
+ *
+ * @param ifindex  the interface
+ * @return nonzero if so, else 0
+ */
 int if_index_is_physical_interface(uint32_t ifindex);
 
-/** @param ifindex  the interface  @return nonzero for a tunnel */
+/**
+ * Tells whether an interface is a tunnel.
+ *
+ * @param ifindex  the interface
+ * @return nonzero if so, else 0
+ */
 int if_index_is_tunnel_intf(uint32_t ifindex);
 
 /**

@@ -12,7 +12,7 @@ extern "C" {
 
 /** How a message is sent: 17 words, all 0 but for those that a sender sets. */
 typedef struct mts_options {
-    uint32_t word[17];
+    uint32_t word[17]; /**< the words */
 } mts_options_t;
 
 /** A queue of messages, the transport's own. */

@@ -29,7 +29,7 @@ RTIFHAL_EXPORT void rtifhal_trident_create_default_nh(uint32_t ifindex);
 RTIFHAL_EXPORT void rtifhal_trident_destroy_default_nh(void);
 
 /**
- * Copies what the chip holds for a route.
+ * Copies what the chip holds for a route. For the rebuild of a default route.
  *
  * @param destination  where to; null is reported
  * @param source       where from; null is reported
@@ -37,7 +37,8 @@ RTIFHAL_EXPORT void rtifhal_trident_destroy_default_nh(void);
 RTIFHAL_EXPORT void save_curr_egress(def_egress_set_t *destination, const def_egress_set_t *source);
 
 /**
- * Destroys the group and the next hops that a set names; the set stays.
+ * Destroys the group and the next hops that a set names; the set stays. For the
+ * rebuild of a default route, and for the end of them all.
  *
  * @param set  the set; null is reported
  */

@@ -26,7 +26,8 @@ extern "C" {
 RTIFHAL_EXPORT int rtifhal_update_linklocal_entry(int entry);
 
 /**
- * Takes a port off an entry's redirect ports, or puts it there.
+ * Takes a port off an entry's redirect ports, or puts it there. For
+ * rtifhal_l2port_fld_chg and the VLAN operations.
  *
  * @param unit   SDK unit
  * @param entry  field entry id
@@ -37,7 +38,8 @@ RTIFHAL_EXPORT int rtifhal_update_linklocal_entry(int entry);
 RTIFHAL_EXPORT int rtifhal_add_remove_port_to_floodlist(int unit, int entry, int l3, int port);
 
 /**
- * Takes a port out of an entry's in-port set, or puts it there.
+ * Takes a port out of an entry's in-port set, or puts it there. For
+ * rtifhal_l2port_fld_chg and the VLAN operations.
  *
  * @param unit   SDK unit
  * @param entry  field entry id

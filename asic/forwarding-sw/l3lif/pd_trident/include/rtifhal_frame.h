@@ -64,7 +64,7 @@ RTIFHAL_EXPORT int rtifhal_trident_add_ingress(struct l3lif *l3lif, int aux, int
 
 /**
  * The ingress step of a delete, by the kind of the interface: the object goes,
- * or for an SVI only its VLAN's mapped mark.
+ * or for an SVI only its VLAN's mapped mark. For the delete pairs.
  *
  * @param l3lif    the interface
  * @param aux      only printed
@@ -74,7 +74,7 @@ RTIFHAL_EXPORT int rtifhal_trident_add_ingress(struct l3lif *l3lif, int aux, int
 RTIFHAL_EXPORT int rtifhal_trident_del_ingress(struct l3lif *l3lif, int aux, int destroy);
 
 /**
- * The egress step of an add, the same for all kinds.
+ * The egress step of an add, the same for all kinds. For the add pairs.
  *
  * @param l3lif   the interface
  * @param aux     only printed
@@ -85,7 +85,8 @@ RTIFHAL_EXPORT int rtifhal_trident_del_ingress(struct l3lif *l3lif, int aux, int
 RTIFHAL_EXPORT int rtifhal_trident_add_egress(struct l3lif *l3lif, int aux, int create);
 
 /**
- * The egress step of a delete: nothing for an SVI, a check for the others.
+ * The egress step of a delete: nothing for an SVI, a check for the others. For
+ * the delete pairs.
  *
  * @param l3lif    the interface
  * @param aux      only printed
@@ -111,7 +112,8 @@ RTIFHAL_EXPORT void l3iif_table_init(void);
 RTIFHAL_EXPORT int rtifhal_alloc_l3iif(uint32_t *iif);
 
 /**
- * Gives an interface number back. 0 to 2 are never given back.
+ * Gives an interface number back. 0 to 2 are never given back. For the L3
+ * interfaces.
  *
  * @param iif       the number; outside 3..8191 but for 0..2 it counts as not allocated
  * @param preserve  nonzero: hold it back, and store the held-back numbers;
@@ -121,7 +123,7 @@ RTIFHAL_EXPORT int rtifhal_alloc_l3iif(uint32_t *iif);
 RTIFHAL_EXPORT int rtifhal_free_l3iif(int iif, int preserve);
 
 /**
- * Turns an ifindex into an SDK port.
+ * Turns an ifindex into an SDK port. For the kinds and other layers.
  *
  * @param ifindex  an Ethernet port or its subinterface
  * @param port     receives the port, 1 to 256; left alone on failure
@@ -130,7 +132,8 @@ RTIFHAL_EXPORT int rtifhal_free_l3iif(int iif, int preserve);
 RTIFHAL_EXPORT int fwmpd_ifindex_to_bcm_port(uint32_t ifindex, int *port);
 
 /**
- * Turns an ifindex into an SDK port without any check of its kind.
+ * Turns an ifindex into an SDK port without any check of its kind. For the
+ * restore.
  *
  * @param ifindex  the interface
  * @return the port; 1 when the interface has none
@@ -141,6 +144,7 @@ RTIFHAL_EXPORT int rtifhal_ifindex_to_asic_port(uint32_t ifindex);
  * Turns a port-channel's ifindex into its trunk id. A port-channel that the
  * forwarding manager doesn't know gets its channel number plus one, in 16
  * bits, which is filed there; that is reported as an error and is a success.
+ * For the kinds and other layers.
  *
  * @param ifindex  a port-channel
  * @param tid      receives the trunk id; left alone on failure

@@ -28,7 +28,7 @@ RTIFHAL_EXPORT int rtifhal_trident_rmac_add(const uint8_t *mac);
 
 /**
  * Removes a router MAC and switches L3 routing on the CPU port off, however
- * many router MACs remain.
+ * many router MACs remain. For the layer above.
  *
  * @param station_id  what rtifhal_trident_rmac_add gave
  * @return 0; -1 when the chip refused

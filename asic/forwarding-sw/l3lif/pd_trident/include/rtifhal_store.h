@@ -19,14 +19,15 @@ extern "C" {
 
 /**
  * Writes the global configuration with the held-back interface numbers to the
- * store.
+ * store. For the table of interface numbers, whenever the held-back ones change.
  *
  * @return 0; the store's value on failure
  */
 RTIFHAL_EXPORT int rtifhal_trident_pss_globalc_store(void);
 
 /**
- * Stores an interface's record.
+ * Stores an interface's record. For the creation of L3 interfaces, and for the
+ * relabel.
  *
  * @param l3lif  the interface
  * @return 0; the store's value on failure, which is reported
@@ -34,7 +35,7 @@ RTIFHAL_EXPORT int rtifhal_trident_pss_globalc_store(void);
 RTIFHAL_EXPORT int rtifhal_trident_l3port_add_pss(struct l3lif *l3lif);
 
 /**
- * Removes an interface's record.
+ * Removes an interface's record. For the end of an L3 interface.
  *
  * @param ifindex  the interface
  * @return 0; the store's value on failure, which is reported

@@ -22,7 +22,7 @@ extern "C" {
 RTIFHAL_EXPORT bcm_pbmp_t rtifhal_l3pbmp_vlan(uint16_t vlan);
 
 /**
- * Counts the ports that hold a routed use of a VLAN.
+ * Counts the ports that hold a routed use of a VLAN. For the layers above.
  *
  * @param vlan  VLAN id; above 4095 it has none
  * @return the count
@@ -30,7 +30,7 @@ RTIFHAL_EXPORT bcm_pbmp_t rtifhal_l3pbmp_vlan(uint16_t vlan);
 RTIFHAL_EXPORT int rtifhal_subint_count_vlan(uint16_t vlan);
 
 /**
- * Tells whether an SVI uses a VLAN.
+ * Tells whether an SVI uses a VLAN. For the private-VLAN pairs and the layers above.
  *
  * @param vlan  VLAN id; above 4095 none does
  * @return 1 or 0
