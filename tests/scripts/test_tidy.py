@@ -66,5 +66,22 @@ class Places(unittest.TestCase):
                          "b.cpp:1:5: error: bad\n/h.h:9:1: note: here\na.cpp:2:1: note: there\n")
 
 
+
+class Comments(unittest.TestCase):
+    def test_a_header_with_other_comments_counts_the_same(self):
+        old = "/* a\n * b */\nint f(int); // why\n\nint w[17];\n"
+        new = "/** more\n * of it */\n\nint f(int);\nint w[17]; /**< the words */\n"
+        self.assertEqual(tidy.without_comments(old), "int f(int);\nint w[17];")
+        self.assertEqual(tidy.without_comments(new), tidy.without_comments(old))
+
+    def test_what_speaks_to_the_checks_stays(self):
+        line = "int f(int); // NOLINT(misc-x)"
+        self.assertEqual(tidy.without_comments(line + "\n"), line)
+
+    def test_a_string_is_no_comment(self):
+        line = r'const char *a = "/* \" //"; int b;'
+        self.assertEqual(tidy.without_comments(line + " // c\n/* d */"), line)
+
+
 if __name__ == "__main__":
     unittest.main()
