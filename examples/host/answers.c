@@ -52,10 +52,13 @@ const char *const _shr_errmsg[20] = {
 
 /* ---- What an ifindex means. Here 1 is the Ethernet port of that number, and the only one. ---- */
 
+/* The type that the library takes for an Ethernet port, its subinterfaces included. */
+enum { ETHERNET_PORT = 26 };
+
 int if_index_get_type(uint32_t ifindex, uint8_t *type)
 {
     (void)ifindex;
-    *type = 26;
+    *type = ETHERNET_PORT;
     return 0;
 }
 
@@ -190,9 +193,11 @@ int fwmpd_pss_globalc_store(void *pss_context, const unsigned char *config, int 
  * from the end of the rule memory, has the port taken off their lists here. This one has none, and
  * the library goes on. ---- */
 
+enum { RULES = 128 }; /* how many there is room for */
+
 int fwmpd_trident_get_sup_tcam_default_size(int *size)
 {
-    *size = 128;
+    *size = RULES;
     return 0;
 }
 

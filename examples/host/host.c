@@ -17,6 +17,7 @@
 #include <string.h>
 
 enum { PORTS = 256, OBJECTS = 16, CONTROL_L3_IIF = 67 };
+enum { INTF_REPLACE = 0x100 }; /* in the flags: the interface is there, write it anew */
 
 /* The chip. A real one has 4096 or more objects of each kind, and all VLANs. */
 static struct {
@@ -42,7 +43,7 @@ int rtifhal_bcm_l3_intf_create(int unit, bcm_l3_intf_t *intf)
     if (!is_object(id)) {
         return HOST_BAD_PARAMETER;
     }
-    if (chip.has_interface[id] && (intf->l3a_flags & 0x100) == 0) {
+    if (chip.has_interface[id] && (intf->l3a_flags & INTF_REPLACE) == 0) {
         return HOST_EXISTS;
     }
     HOST_TOLD("unit %d, id %d, VLAN %d, VRF %d, MTU %d", unit, id, intf->l3a_vid, intf->l3a_vrf,

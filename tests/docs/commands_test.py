@@ -324,6 +324,18 @@ class Documents(unittest.TestCase):
                         known = anchors.get(target, {anchor})
                         self.assertIn(anchor, known, f"{page.name}:{line}: no #{anchor}")
 
+    def test_integrating_names_each_header_and_datum_of_the_contract(self):
+        page = (ROOT / "docs/integrating.md").read_text(encoding="utf-8")
+        contract = ROOT / "platform/include"
+        missing = []
+        for header in sorted(contract.rglob("*.h")):
+            data = re.findall(r'^extern [^(;"\n]*?(\w+)(?:\[\w*\])?;',
+                              header.read_text(encoding="utf-8"), re.M)
+            for name in [str(header.relative_to(contract)), *data]:
+                if f"`{name}`" not in page:
+                    missing.append(name)
+        self.assertEqual(missing, [])
+
     def test_excuses_are_needed(self):
         for page in self.pages:
             lines = [command.text for block in page.blocks for command in block.commands()]

@@ -29,7 +29,7 @@ std::string refusal(const std::string &arguments)
 
 TEST(WireCommand, NeedsAPort)
 {
-    EXPECT_THAT(refusal(""), HasSubstr("2: --port is required"));
+    EXPECT_THAT(refusal(""), HasSubstr("2: rtif wire: --port is required"));
 }
 
 TEST(WireCommand, ABindingHasTwoNames)
@@ -69,7 +69,7 @@ TEST(WireCommand, AnUnknownInterfaceOrAMissingPermission)
 
 TEST(WireCommand, TheTimeIsANumber)
 {
-    EXPECT_THAT(refusal("--port Ethernet0=a --seconds 0"), HasSubstr("2: --seconds"));
+    EXPECT_THAT(refusal("--port Ethernet0=a --seconds 0"), HasSubstr("2: rtif wire: --seconds"));
     EXPECT_THAT(refusal("--port Ethernet0=a --seconds soon"), HasSubstr("2: "));
 }
 
