@@ -112,7 +112,11 @@ Command add_explain(CLI::App &app)
                                        "goes without CONFIG.json: the folder has its own");
         }
     });
-    explain->footer("Exit codes: 0 done, 1 a number that stands for nothing, or refused, 2 usage.");
+    explain->footer(
+        "CONFIG.json is brought up with the families of its addresses open and with its "
+        "routes and\nhosts, as `up CONFIG.json open` of a session does, not as "
+        "`rtif up`, which opens less.\nExit codes: 0 done, 1 a number that stands for nothing, or "
+        "refused, 2 usage.");
     return {explain, [parsed](const Terminal &terminal) {
                 ExplainOptions options = parsed->options;
                 options.config = parsed->config;

@@ -5,7 +5,6 @@
 
 #include "commands/command.h"
 #include "commands/up.h"
-#include "config/default_route_file.h"
 #include "config/reader.h"
 #include "config/shown.h"
 #include "l3lif/plans.h"
@@ -13,15 +12,17 @@
 #include "l3lif/restart_state.h"
 #include "page/document.h"
 #include "page/gather.h"
+#include "page/kept_extras.h"
+#include "page/page_file.h"
 #include "page/samples.h"
 #include "report/text.h"
 #include "session/state.h"
 
 #include <fmt/format.h>
 #include <fmt/ostream.h>
-#include <sys/stat.h>
 
 #include <algorithm>
+#include <charconv>
 #include <memory>
 #include <ostream>
 #include <stdexcept>
@@ -36,6 +37,23 @@ namespace
 
 namespace fs = std::filesystem;
 
+/** What is wrong with a number of calls; or nothing. */
+std::string calls_problem(std::string &word)
+{
+    std::size_t number = 0;
+    const char *end = word.data() + word.size();
+    const auto read = std::from_chars(word.data(), end, number);
+    return read.ec == std::errc() && read.ptr == end && number <= REPORT_CALLS_MAX
+               ? ""
+               : fmt::format("{} is no number of calls; 0 to {} are taken", word, REPORT_CALLS_MAX);
+}
+
+/** What is wrong with the name of a file; or nothing. */
+std::string name_problem(std::string &word)
+{
+    return word.empty() ? "is empty; name a file for the page" : "";
+}
+
 /** Refuses to write over what the page is made of. */
 void check_out(const ReportOptions &options)
 {
@@ -45,22 +63,13 @@ void check_out(const ReportOptions &options)
                                              "for the page",
                                              options.out.string()));
     }
-    const fs::path folder = options.out.has_parent_path() ? options.out.parent_path() : ".";
+    const fs::path place = page::page_place(options.out);
+    const fs::path folder = place.has_parent_path() ? place.parent_path() : ".";
     if (!options.state_dir.empty() && fs::equivalent(folder, options.state_dir, error)) {
         throw std::runtime_error(fmt::format("{}: is in the state folder, which isn't changed; "
                                              "name a file elsewhere",
                                              options.out.string()));
     }
-}
-
-/** A page that lies open to others as any file that is made, not for its owner only. */
-void write_page(const fs::path &out, const std::string &document)
-{
-    config::put_in_place(out, document, true);
-    const mode_t mask = umask(0);
-    umask(mask);
-    std::error_code error;
-    fs::permissions(out, static_cast<fs::perms>(0666U & ~mask), error);
 }
 
 std::string page_size_text(std::size_t bytes)
@@ -74,7 +83,7 @@ std::string page_size_text(std::size_t bytes)
 int finish_page(const ReportOptions &options, const page::Page &page, const Terminal &terminal)
 {
     const std::string document = page::document_of(page);
-    write_page(options.out, document);
+    page::write_page(options.out, document);
     std::size_t up = 0;
     for (const page::InterfaceLines &lines : page.interfaces) {
         up += lines.state == "up" ? 1U : 0U;
@@ -157,10 +166,16 @@ int report_state(const ReportOptions &options, const Terminal &terminal)
             one.error.clear();
         }
     }
+    const page::KeptExtras extras(*hardware, known, result);
     page::Page page = page::gather(state, result, nullptr, options.calls);
     page.source = options.state_dir.string();
     if (state.config) {
         page::add_samples(state, page);
+    } else {
+        page.notes.push_back(fmt::format(
+            "{}: has no config.json: names are what the library has stored, or made of its "
+            "numbers, and virtual MACs and private-VLAN pairs aren't known",
+            options.state_dir.string()));
     }
     return finish_page(options, page, terminal);
 }
@@ -196,6 +211,7 @@ Command add_report(CLI::App &app)
             ->add_option("--calls", parsed->calls,
                          "How many calls the page may hold; those of later interfaces are left "
                          "out, of failed ones last")
+            ->check(CLI::Validator(calls_problem, ""))
             ->type_name("N")
             ->capture_default_str();
     report
@@ -206,6 +222,7 @@ Command add_report(CLI::App &app)
         ->excludes(config, chip, calls);
     report->add_option("-o,--out", parsed->out, "The page; a file of that name is replaced")
         ->required()
+        ->check(CLI::Validator(name_problem, ""))
         ->type_name("FILE.html");
     report->callback([parsed] {
         if (parsed->state_dir.empty() && parsed->config.empty()) {

@@ -17,6 +17,8 @@ namespace lab::commands
 
 /** Calls that a page holds unless the user asks for more or fewer. */
 inline constexpr std::size_t REPORT_CALLS = 50000;
+/** The largest number that the user may ask for. */
+inline constexpr std::size_t REPORT_CALLS_MAX = 1000000000;
 
 /** What the user asked for. */
 struct ReportOptions {

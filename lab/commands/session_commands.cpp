@@ -55,7 +55,10 @@ Command add_up(CLI::App &app)
                  "Takes everything down again and tells what was left behind");
     up->add_option("--record", parsed->record,
                    "Writes every request, call and message into this file, for replay and diff")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check([](const std::string &name) {
+            return name.empty() ? std::string("the name of a file is wanted") : std::string();
+        });
     up->footer("Exit codes: 0 done (rows that are not taken are no failure), 1 refused, 2 usage.");
     return {up, [parsed](const Terminal &terminal) {
                 UpOptions options = parsed->options;

@@ -172,7 +172,7 @@ int up_on(simswitch::Switch &hardware, const UpOptions &options, std::ostream &o
     const auto config = config::read_config_text(text, options.config.string());
     std::optional<record::RecordingFile> file;
     if (!options.record.empty()) {
-        file.emplace(options.record, options.config);
+        file.emplace(options.record, options.config, options.state_dir);
     }
     l3lif::keep_config(options.state_dir, options.config);
     const auto earlier = l3lif::forget_earlier_run(hardware, options.state_dir);

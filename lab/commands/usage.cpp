@@ -36,7 +36,7 @@ std::vector<std::string> verbs_of(const CLI::App &app)
 
 std::string usage_problem(const CLI::App &app, const CLI::ParseError &error)
 {
-    const std::string name = app.get_name();
+    const std::string &name = app.get_name();
     if (const auto verbs = app.get_subcommands(); !verbs.empty()) {
         const CLI::App &verb = *verbs.front();
         return fmt::format("{0} {1}: {2}\n{3}Run '{0} {1} --help' for more information.\n", name,

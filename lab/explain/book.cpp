@@ -67,7 +67,12 @@ void Book::entry(std::string what, std::string_view table, const std::string &en
 
 void Book::object(std::string what, std::string_view table, const std::string &id)
 {
-    entry(std::move(what), table, id, id, packet::object_text(names_, table, id));
+    std::string text = packet::object_text(names_, table, id);
+    if (text.empty()) {
+        say(std::move(what), id, "named, but there is no such object in the chip");
+        return;
+    }
+    entry(std::move(what), table, id, id, std::move(text));
 }
 
 void Book::port(int port)
@@ -87,9 +92,8 @@ void Book::translation(const chip::TranslationKey &key, const chip::TranslationA
                       names_.interface(action.ingress_if), action.new_outer_vlan));
 }
 
-void Book::routes_over(const std::set<int> &egresses)
+void Book::routes_over(const std::set<int> &egresses, std::set<int> groups)
 {
-    std::set<int> groups;
     for (const auto &[id, group] : chip().multipath_groups.all()) {
         for (const int member : group.members) {
             if (egresses.contains(member) && groups.insert(id).second) {

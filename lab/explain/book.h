@@ -55,7 +55,7 @@ public:
      */
     void entry(std::string what, std::string_view table, const std::string &entry, std::string id,
                std::string text);
-    /** The same of one whose text is that of packet/objects.h. */
+    /** The same of one whose text is that of packet/objects.h; says so where there is none. */
     void object(std::string what, std::string_view table, const std::string &id);
 
     // Entries of the chip, by what they have to do with something.
@@ -64,8 +64,8 @@ public:
     void port(int port);
     void translation(const simswitch::chip::TranslationKey &key,
                      const simswitch::chip::TranslationAction &action);
-    /** The routes over egress objects, with the multipath groups between. */
-    void routes_over(const std::set<int> &egresses);
+    /** The routes over egress objects, with the multipath groups between, and over groups. */
+    void routes_over(const std::set<int> &egresses, std::set<int> groups = {});
 
     /** The finding, of a number that stands for something. */
     Finding take();

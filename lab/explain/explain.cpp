@@ -16,7 +16,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <limits>
+#include <optional>
 
 namespace lab::explain
 {
@@ -45,9 +47,12 @@ std::set<int> known_stations(const session::State &state)
     return ids_of(state.hardware.chip.stations);
 }
 
+/** Groups too: a route names the one or the other, and they share the numbers. */
 std::set<int> known_egresses(const session::State &state)
 {
-    return ids_of(state.hardware.chip.egresses);
+    std::set<int> egresses = ids_of(state.hardware.chip.egresses);
+    egresses.merge(ids_of(state.hardware.chip.multipath_groups));
+    return egresses;
 }
 
 /** The ports that the configuration has or somebody wrote to. */
@@ -81,16 +86,31 @@ const Subject &subject_of(const std::string &word)
     return *found;
 }
 
+/** What a number must be, for a word that is the name of something in its place. */
+std::string name_hint(const Subject &subject, const std::string &word)
+{
+    constexpr std::string_view VLAN_NAME = "Vlan";
+    const auto vlan = word.starts_with(VLAN_NAME)
+                          ? config::parse_number(word.substr(VLAN_NAME.size()))
+                          : std::nullopt;
+    if (subject.word == "vlan" && vlan && *vlan != 0 && *vlan <= chip::LAST_VLAN) {
+        return fmt::format("; a number is wanted, here {}", *vlan);
+    }
+    const bool is_name = !word.empty() && std::isalpha(static_cast<unsigned char>(word[0])) != 0;
+    return is_name ? "; a number is wanted, not a name" : "";
+}
+
 int parse_subject_number(const Subject &subject, const std::string &word)
 {
     const auto number = config::parse_number(word);
     if (!number || *number < static_cast<std::uint32_t>(subject.first) ||
         *number > static_cast<std::uint32_t>(subject.last)) {
         throw session::UsageError(
-            fmt::format("{} is no {}: {}", config::number_or_quotes(word), subject.name,
+            fmt::format("{} is no {}: {}{}", config::number_or_quotes(word), subject.name,
                         subject.last == std::numeric_limits<int>::max()
                             ? fmt::format("those are from {}", subject.first)
-                            : fmt::format("those are {} to {}", subject.first, subject.last)));
+                            : fmt::format("those are {} to {}", subject.first, subject.last),
+                        name_hint(subject, word)));
     }
     return static_cast<int>(*number);
 }
@@ -100,7 +120,8 @@ std::string short_text(const session::State &state, const Subject &subject, int 
 {
     const packet::Names names(state);
     if (subject.word == "egress") {
-        return packet::next_hop_text(names, number);
+        const bool is_group = names.chip().multipath_groups.find(number) != nullptr;
+        return is_group ? "an ECMP group" : packet::next_hop_text(names, number);
     }
     if (subject.word == "iif") {
         return names.interface_or_nothing(number);
@@ -173,6 +194,9 @@ Finding explain(const session::State &state, const std::string &word, const std:
     Finding finding;
     finding.title = fmt::format("{} {} stands for nothing: {}", subject.name, value,
                                 nearest_text(state, subject, value));
+    if (subject.word == "port") {
+        finding.title += fmt::format("; the chip takes {} to {}", subject.first, subject.last);
+    }
     return finding;
 }
 

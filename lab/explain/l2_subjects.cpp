@@ -5,8 +5,9 @@
 
 #include "config/names.h"
 #include "explain/book.h"
+#include "explain/kept.h"
 #include "packet/objects.h"
-#include "session/tables.h"
+#include "packet/owners.h"
 
 #include "chip/pipeline/numbers.h"
 
@@ -68,6 +69,9 @@ std::string routing_text(const packet::Names &names, const chip::VlanControls &c
                                      {pipeline::VLAN_MPLS_OFF, ", MPLS off"}}) {
         text += (controls.flags & flag) != 0 ? what : "";
     }
+    if (names.chip().l3_ingresses.find(static_cast<int>(controls.ingress_if)) == nullptr) {
+        text += ", of which there is no ingress object";
+    }
     return text;
 }
 
@@ -91,6 +95,16 @@ void vlan_objects(Book &book, int id, const chip::Vlan &vlan)
     }
 }
 
+/** How an interface stands; one whose add was refused has failed, it isn't only down. */
+std::string_view standing_text(const session::Scene &scene, const l3lif::Interface &interface)
+{
+    const std::string &name = interface.lif->plan().name;
+    const auto seen = std::ranges::find(scene.interfaces, name, &session::SceneInterface::name);
+    const std::string_view state = seen == scene.interfaces.end() ? "down" : seen->state;
+    const bool was_taken_down = interface.down.call_count != 0;
+    return state == "down" && interface.up.code != 0 && !was_taken_down ? "failed" : state;
+}
+
 /** Interfaces, pairs and the VLAN itself, as the layer above has them. */
 void vlan_holders(Book &book, int id)
 {
@@ -101,18 +115,15 @@ void vlan_holders(Book &book, int id)
         const bool is_its =
             plan.kind == config::Kind::svi || plan.kind == config::Kind::subinterface;
         if (is_its && plan.vlan == id) {
-            const auto seen =
-                std::ranges::find(scene.interfaces, plan.name, &session::SceneInterface::name);
             book.say("interface", "",
                      fmt::format("{}, {}, {}", plan.name, config::kind_name(plan.kind),
-                                 seen == scene.interfaces.end() ? "down" : seen->state));
+                                 standing_text(scene, *interface)));
         }
     }
-    for (const l3lif::Pair &pair : state.layer.pairs()) {
-        if (pair.plan.primary == id || pair.plan.secondary == id) {
-            book.say(
-                "private VLAN", "",
-                fmt::format("primary {}, secondary {}", pair.plan.primary, pair.plan.secondary));
+    for (const l3lif::PairPlan &pair : packet::pairs_of(state)) {
+        if (pair.primary == id || pair.secondary == id) {
+            book.say("private VLAN", "",
+                     fmt::format("primary {}, secondary {}", pair.primary, pair.secondary));
         }
     }
 }
@@ -147,28 +158,6 @@ void vlan_dependents(Book &book, int id)
     }
 }
 
-/** Whose station it is, as the library and the layer above know. */
-struct StationOwner {
-    std::string interface; ///< "Vlan100"; empty for the router MAC
-    std::string text;      ///< "virtual MAC of Vlan100"; empty for nobody's
-};
-
-StationOwner station_owner(const session::State &state, int station)
-{
-    const session::Table table = session::station_table(state.scene());
-    const auto rows = table.find(fmt::to_string(station));
-    const auto cell = [&](std::string_view field) {
-        const auto column = table.column(field);
-        return rows.empty() || !column ? "" : rows.front()->cells.at(*column);
-    };
-    const std::string role = cell("role");
-    const std::string owner = cell("owner");
-    if (role == "mirrored") {
-        return {owner, fmt::format("virtual MAC of {}, mirrored into its secondary,", owner)};
-    }
-    return {owner, role.empty() || owner.empty() ? role : fmt::format("{} of {}", role, owner)};
-}
-
 /** The interfaces whose packets a station takes. */
 void station_dependents(Book &book, const chip::Station &station, const std::string &owner)
 {
@@ -186,8 +175,8 @@ void station_dependents(Book &book, const chip::Station &station, const std::str
                        routing_text(book.names(), vlan->controls));
         }
     }
-    for (const routing::OwnAddress &own : book.state().routing.addresses()) {
-        if (own.mac == station.mac && !owner.empty() && own.interface == owner) {
+    for (const routing::OwnAddress &own : addresses_of(book.state(), owner)) {
+        if (own.mac == station.mac && !owner.empty()) {
             book.say("address", "", own.prefix.address.text());
         }
     }
@@ -234,8 +223,12 @@ void port_holders(Book &book, int number)
 {
     const chip::Chip &chip = book.chip();
     const int iif = chip.ports.control(number, chip::PORT_CONTROL_INGRESS);
-    if (iif != 0) {
+    if (iif != 0 && chip.l3_ingresses.find(iif) != nullptr) {
         book.object("ingress object", "l3_ingress", fmt::to_string(iif));
+    } else if (iif != 0) {
+        book.entry("port control", "port", fmt::to_string(number),
+                   fmt::to_string(chip::PORT_CONTROL_INGRESS),
+                   fmt::format("names {}; there is no such ingress object", iif));
     }
     for (const int trunk : trunks_of(chip, number)) {
         book.object("trunk", "trunk", fmt::to_string(trunk));
@@ -320,10 +313,11 @@ bool explain_station(Book &book, int id)
     if (station == nullptr) {
         return false;
     }
-    const StationOwner owner = station_owner(book.state(), id);
+    const packet::StationOwner owner = packet::station_owner(book.state(), id);
+    const std::string text = owner.text();
     book.about({owner.interface});
-    book.title(fmt::format("station {}: {} {}", id,
-                           owner.text.empty() ? "nobody's MAC" : owner.text,
+    book.title(fmt::format("station {}: {}{} {}", id, text.empty() ? "nobody's MAC" : text,
+                           owner.is_mirrored ? ", mirrored into its secondary," : "",
                            chip::text(station->mac)));
     book.section("what it is");
     book.entry("station", "station", fmt::to_string(id), fmt::to_string(id), chip::text(*station));

@@ -6,8 +6,11 @@
 #include "explain/explain.h"
 
 #include "explain/book.h"
+#include "explain/kept.h"
 #include "l3lif/interface_numbers.h"
 #include "packet/objects.h"
+#include "packet/owners.h"
+#include "report/text.h"
 #include "session/tables.h"
 
 #include "chip/pipeline/numbers.h"
@@ -83,6 +86,8 @@ void iif_objects(Book &book, int iif)
                                : object->urpf_mode == 1 ? "loose"
                                                         : "strict",
                                object->intf_class, object->flags));
+    } else if (chip.l3_interfaces.find(iif) != nullptr && iif != 0) {
+        book.say("ingress object", id, "missing: the chip has the L3 interface alone");
     }
     if (const auto *tunnel = chip.tunnels.find(iif)) {
         book.entry("tunnel initiator", "tunnel", id, fmt::to_string(tunnel->index),
@@ -125,23 +130,38 @@ void iif_dependents(Book &book, int iif)
     for (const std::string &under : state.layer.routed().subinterfaces_of(*interface)) {
         book.say("subinterface", "", under);
     }
-    for (const l3lif::VirtualMac &mac : state.layer.virtual_macs()) {
-        if (mac.plan.owner == name) {
-            book.say("virtual MAC", "", chip::text(mac.plan.mac));
+    for (const l3lif::VirtualMacPlan &mac : packet::virtual_macs_of(state)) {
+        if (mac.owner == name) {
+            book.say("virtual MAC", "", chip::text(mac.mac));
         }
     }
     const l3lif::LifPlan &plan = interface->lif->plan();
-    for (const l3lif::Pair &pair : state.layer.pairs()) {
-        if (plan.kind == config::Kind::svi && pair.plan.primary == plan.vlan) {
-            book.say("private VLAN", fmt::to_string(pair.plan.secondary),
+    for (const l3lif::PairPlan &pair : packet::pairs_of(state)) {
+        if (plan.kind == config::Kind::svi && pair.primary == plan.vlan) {
+            book.say("private VLAN", fmt::to_string(pair.secondary),
                      fmt::format("its hosts are routed by VLAN {}", plan.vlan));
         }
     }
-    for (const routing::OwnAddress &own : state.routing.addresses()) {
-        if (own.interface == name) {
-            book.say("address", "", own.prefix.text());
-        }
+    for (const routing::OwnAddress &own : addresses_of(state, name)) {
+        book.say("address", "", own.prefix.text());
     }
+}
+
+/** A group of several ways, which routes name in the place of an egress object. */
+void explain_group(Book &book, int id)
+{
+    const std::vector<int> &members = book.chip().multipath_groups.find(id)->members;
+    book.title(
+        fmt::format("egress {}: an ECMP group of {}", id, report::counted(members.size(), "path")));
+    book.section("what it is");
+    book.entry("ECMP group", "multipath_group", fmt::to_string(id), fmt::to_string(id),
+               fmt::format("of {}", report::counted(members.size(), "path")));
+    book.section("what it leaves by");
+    for (const int member : members) {
+        book.object("egress", "egress", fmt::to_string(member));
+    }
+    book.section("what depends on it");
+    book.routes_over({}, {id});
 }
 
 } // namespace
@@ -203,6 +223,10 @@ bool explain_iif(Book &book, int iif)
 
 bool explain_egress(Book &book, int egress)
 {
+    if (book.chip().multipath_groups.find(egress) != nullptr) {
+        explain_group(book, egress);
+        return true;
+    }
     const chip::Egress *object = book.chip().egresses.find(egress);
     if (object == nullptr) {
         return false;

@@ -4,6 +4,7 @@
 #include "packet/names.h"
 
 #include "packet/objects.h"
+#include "report/text.h"
 
 #include "chip/trunks.h"
 
@@ -144,10 +145,15 @@ std::string Names::ports(const chip::PortSet &ports) const
     if (names.empty() && others == 0) {
         return "no port";
     }
-    if (others != 0) {
-        names.push_back(fmt::format("{} without a name", others));
+    if (others == 0) {
+        return first_of(names, PORTS_SHOWN);
     }
-    return first_of(names, PORTS_SHOWN);
+    const std::size_t shown = std::min(names.size(), PORTS_SHOWN);
+    others += names.size() - shown;
+    names.resize(shown);
+    return names.empty() ? report::counted(others, "port")
+                         : fmt::format("{} and {} more {}", fmt::join(names, ", "), others,
+                                       others == 1 ? "port" : "ports");
 }
 
 std::string Names::interface(int iif) const

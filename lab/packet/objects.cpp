@@ -5,6 +5,7 @@
 
 #include "config/address.h"
 #include "config/names.h"
+#include "packet/owners.h"
 
 #include "chip/pipeline/numbers.h"
 
@@ -43,21 +44,6 @@ std::string ingress_text(const Names &names, int iif)
     return text;
 }
 
-/** Whose MAC a station has: "the router MAC", "virtual MAC of Vlan100"; empty for nobody's. */
-std::string owner_of(const Names &names, int id, const chip::Station &station)
-{
-    const auto &layer = names.state().layer;
-    if (layer.router_macs().contains(id)) {
-        return "router MAC";
-    }
-    for (const auto &known : layer.virtual_macs()) {
-        if (known.plan.mac == station.mac) {
-            return fmt::format("virtual MAC of {}", known.plan.owner);
-        }
-    }
-    return "";
-}
-
 std::string station_text(const Names &names, int id)
 {
     const chip::Station *station = names.chip().stations.find(id);
@@ -72,7 +58,7 @@ std::string station_text(const Names &names, int id)
             families.push_back(name);
         }
     }
-    std::string text = owner_of(names, id, *station);
+    std::string text = station_owner(names.state(), id).text();
     text += (text.empty() ? "" : " ") + chip::text(station->mac);
     text += station->vlan_mask == 0 ? "" : fmt::format(" in VLAN {}", station->vlan);
     text += station->src_port_mask == 0
@@ -113,7 +99,7 @@ std::string egress_text(const Names &names, int id)
         return "";
     }
     std::string where = next_hop_text(names, id);
-    if (leads_to_cpu(*egress)) {
+    if (leads_to_cpu(*egress) || where == BLACK_HOLE) {
         return where;
     }
     return fmt::format("{}, MAC {}, interface {} ({}){}", where, chip::text(egress->mac),

@@ -108,6 +108,7 @@ void Gatherer::gather_head(bool from_state)
     page_.vlans = state_.layer.l2().vlans().size();
     page_.routes = chip.routes.size();
     page_.tables = tables_of(chip);
+    page_.tables.insert(page_.tables.begin(), numbers_of(chip.kind()));
     for (const auto &row : result_.skipped) {
         page_.skipped.push_back({row.table, row.row, row.reason});
     }

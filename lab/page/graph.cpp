@@ -27,7 +27,8 @@ constexpr int NEXT_HOP = 5;
 
 // What there is more of is told by name, and not drawn.
 constexpr std::size_t PORTS_DRAWN = 6;
-constexpr std::size_t STATIONS_DRAWN = 4;
+constexpr std::size_t STATIONS_DRAWN = 6;
+constexpr std::size_t SECONDARIES_DRAWN = 4;
 constexpr std::size_t NEXT_HOPS_DRAWN = 6;
 
 /** The numbers of a list from a place on, as words. */
@@ -89,6 +90,9 @@ private:
     void add_ports();
     void add_channel(int trunk);
     void add_vlan_members();
+    std::vector<int> secondaries() const;
+    std::vector<int> bridged_ports() const;
+    void add_secondaries();
     void add_ties();
     void add_translation();
     void tie_to_vlan(std::size_t vlan_node, int vlan);
@@ -103,6 +107,7 @@ private:
     const l3lif::HardwareView &view_;
     Graph graph_;
     std::vector<Entry> entries_;
+    std::vector<int> rest_;          ///< ports of a VLAN that aren't drawn one by one
     std::vector<std::size_t> roads_; ///< nodes that name the ingress object, and
     std::vector<std::string> by_;    ///< by what
 };
@@ -136,17 +141,44 @@ void GraphMaker::add_channel(int trunk)
     }
 }
 
+/** The VLANs beside its own whose frames an SVI takes: those of private-VLAN pairs. */
+std::vector<int> GraphMaker::secondaries() const
+{
+    if (plan_.kind != config::Kind::svi || view_.iif == 0) {
+        return {};
+    }
+    auto found = surroundings_.vlans(view_.iif);
+    std::erase(found, vlan());
+    return found;
+}
+
+/** The ports of an SVI's VLAN, then those that only a secondary has. */
+std::vector<int> GraphMaker::bridged_ports() const
+{
+    std::vector<int> ports = view_.ports;
+    for (const int secondary : secondaries()) {
+        const chip::Vlan *found = chip().vlans.find(secondary);
+        for (int port = chip::FIRST_FRONT_PORT; port <= chip::LAST_FRONT_PORT; ++port) {
+            if (found->members.has(port) && std::ranges::find(ports, port) == ports.end()) {
+                ports.push_back(port);
+            }
+        }
+    }
+    return ports;
+}
+
 /** The ports and port-channels that are bridged to a VLAN. */
 void GraphMaker::add_vlan_members()
 {
     std::set<int> trunks;
     std::vector<std::string> rest;
-    for (const int port : view_.ports) {
+    for (const int port : bridged_ports()) {
         const auto trunk = chip().trunks.trunk_of(chip::module_port(0, port));
         if (trunk && !trunks.insert(*trunk).second) {
             continue;
         }
         if (entries_.size() >= PORTS_DRAWN) {
+            rest_.push_back(port);
             rest.push_back(trunk ? book_.names().trunk(*trunk) : book_.names().port(port));
         } else {
             const std::size_t object = trunk ? book_.trunk(*trunk) : book_.port(port);
@@ -199,8 +231,11 @@ void GraphMaker::tie_to_vlan(std::size_t vlan_node, int vlan)
 {
     const chip::Vlan *found = chip().vlans.find(vlan);
     for (const Entry &entry : entries_) {
-        if (entry.port < 0) {
-            tie(entry.node, vlan_node, "members");
+        if (found != nullptr && entry.port < 0) {
+            if (std::ranges::any_of(rest_,
+                                    [found](int port) { return found->members.has(port); })) {
+                tie(entry.node, vlan_node, "members");
+            }
         } else if (found != nullptr && found->members.has(entry.port)) {
             tie(entry.node, vlan_node, found->untagged.has(entry.port) ? "untagged" : "tagged");
         }
@@ -225,11 +260,35 @@ void GraphMaker::add_ties()
         roads_.push_back(vlan_node);
         by_.emplace_back("names it");
     }
+    add_secondaries();
+}
+
+void GraphMaker::add_secondaries()
+{
+    const auto all = secondaries();
+    const std::size_t drawn = std::min(all.size(), SECONDARIES_DRAWN);
+    for (std::size_t i = 0; i < drawn; ++i) {
+        const std::size_t secondary = node(book_.vlan(all[i]), TIE, 1);
+        tie_to_vlan(secondary, all[i]);
+        roads_.push_back(secondary);
+        by_.emplace_back("secondary");
+    }
+    if (drawn < all.size()) {
+        roads_.push_back(node(book_.more("secondaries", numbers_from(all, drawn)), TIE, 1));
+        by_.emplace_back("secondary");
+    }
 }
 
 void GraphMaker::add_stations(std::size_t ingress)
 {
-    const auto stations = surroundings_.stations(vlan(), view_.ports);
+    auto stations = surroundings_.stations(vlan(), view_.ports);
+    for (const int secondary : secondaries()) {
+        for (const int station : surroundings_.stations(secondary, bridged_ports())) {
+            if (std::ranges::find(stations, station) == stations.end()) {
+                stations.push_back(station);
+            }
+        }
+    }
     const std::size_t drawn = std::min(stations.size(), STATIONS_DRAWN);
     for (std::size_t i = 0; i < drawn; ++i) {
         tie(ingress, node(book_.station(stations[i]), OBJECT, 1), "routes for");
@@ -276,6 +335,20 @@ Surroundings::Surroundings(const chip::Chip &chip) : stations_(chip.stations.all
     for (const auto &[id, egress] : chip.egresses.all()) {
         next_hops_[egress.interface].push_back(id);
     }
+    chip.vlans.for_each([this](int id, const chip::Vlan &vlan) {
+        if (vlan.controls.ingress_if != 0) {
+            vlans_[static_cast<int>(vlan.controls.ingress_if)].push_back(id);
+        }
+    });
+    for (auto &[iif, vlans] : vlans_) {
+        std::ranges::sort(vlans); // they came in no order
+    }
+}
+
+std::vector<int> Surroundings::vlans(int iif) const
+{
+    const auto found = vlans_.find(iif);
+    return found == vlans_.end() ? std::vector<int>{} : found->second;
 }
 
 std::vector<int> Surroundings::stations(int vlan, const std::vector<int> &ports) const

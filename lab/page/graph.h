@@ -26,12 +26,15 @@ public:
 
     /** The stations that take frames of a VLAN that come in on one of those ports. */
     std::vector<int> stations(int vlan, const std::vector<int> &ports) const;
+    /** The VLANs whose frames come in by an ingress object: an SVI's own, and its secondaries. */
+    std::vector<int> vlans(int iif) const;
     /** The egress objects of an L3 interface. */
     std::vector<int> next_hops(int iif) const;
 
 private:
     std::map<int, simswitch::chip::Station> stations_;
     std::map<int, std::vector<int>> next_hops_; ///< by L3 interface
+    std::map<int, std::vector<int>> vlans_;     ///< by ingress object
 };
 
 /**

@@ -3,8 +3,35 @@
  */
 #include "page/tables.h"
 
+#include "l3lif/interface_numbers.h"
+
+#include "rtifhal_data.h"
+
 namespace lab::page
 {
+
+namespace
+{
+
+// The first number that the chip keeps for itself.
+constexpr int TRIDENT_NUMBERS_END = 3584;
+constexpr int TRIDENT2_NUMBERS_END = 7680;
+
+} // namespace
+
+TableFill numbers_of(simswitch::chip::Kind chip)
+{
+    const int end =
+        chip == simswitch::chip::Kind::trident2 ? TRIDENT2_NUMBERS_END : TRIDENT_NUMBERS_END;
+    TableFill fill = {"interface_numbers", "Interface numbers (library)", 0,
+                      static_cast<std::size_t>(end - l3lif::FIRST_IIF)};
+    for (int number = l3lif::FIRST_IIF; number < end; ++number) {
+        const bool taken = l3lif::is_set(l3lif_l3iif_table, number) &&
+                           !l3lif::is_set(l3lif_l3iif_table_preserve, number);
+        fill.used += taken ? 1U : 0U;
+    }
+    return fill;
+}
 
 std::vector<TableFill> tables_of(const simswitch::chip::Chip &chip)
 {

@@ -20,6 +20,8 @@
 namespace lab::record
 {
 
+namespace fs = std::filesystem;
+
 namespace
 {
 
@@ -98,6 +100,38 @@ std::string_view without_line_ends(std::string_view text)
                : text.substr(first, text.find_last_not_of(" \n") - first + 1);
 }
 
+std::string_view type_text(fs::file_type type)
+{
+    switch (type) {
+    case fs::file_type::fifo:
+        return "a pipe";
+    case fs::file_type::directory:
+        return "a folder";
+    case fs::file_type::socket:
+        return "a socket";
+    default:
+        return "a block device";
+    }
+}
+
+/** Whether a path lies in a folder, be that there yet or not. */
+bool is_in_folder(const fs::path &path, const fs::path &folder)
+{
+    std::error_code error;
+    const fs::path whole = fs::weakly_canonical(fs::absolute(folder, error), error);
+    fs::path file = fs::weakly_canonical(fs::absolute(path, error), error);
+    const auto is_same = [&](const fs::path &other) {
+        return other == whole / "" || other == whole || fs::equivalent(other, whole, error);
+    };
+    while (file.has_parent_path() && file.parent_path() != file) {
+        file = file.parent_path();
+        if (is_same(file)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 Recorder::Recorder(const simswitch::Switch &hardware, Header header, std::ostream &out)
@@ -145,13 +179,27 @@ void Recorder::finish()
     out_.flush();
 }
 
-RecordingFile::RecordingFile(const std::filesystem::path &path, const std::filesystem::path &config)
+RecordingFile::RecordingFile(const fs::path &path, const fs::path &config,
+                             const fs::path &state_dir)
     : path_(path)
 {
     std::error_code error;
-    if (std::filesystem::equivalent(path, config, error)) {
+    if (fs::equivalent(path, config, error)) {
         throw std::runtime_error(fmt::format(
             "{}: is the configuration itself; name another file for the recording", path.string()));
+    }
+    if (!state_dir.empty() && is_in_folder(path, state_dir)) {
+        throw std::runtime_error(fmt::format("{}: is in the state folder, which has its own files; "
+                                             "name a file elsewhere",
+                                             path.string()));
+    }
+    // To open a pipe would wait for its reader, who may never come. What /dev has is open already.
+    const fs::file_type type = fs::status(path, error).type();
+    const bool is_named_pipe = type == fs::file_type::fifo && !path.string().starts_with("/dev/");
+    if (is_named_pipe || type == fs::file_type::socket || type == fs::file_type::block ||
+        type == fs::file_type::directory) {
+        throw std::runtime_error(
+            fmt::format("{}: is {}; a recording goes into a file", path.string(), type_text(type)));
     }
     out_.open(path, std::ios::binary | std::ios::trunc);
     if (!out_) {

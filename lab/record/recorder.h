@@ -50,11 +50,14 @@ public:
     /**
      * Opens the file, in place of one that is there.
      *
-     * @param path    the file
-     * @param config  the configuration that is run, which must not be the same file
-     * @throws std::runtime_error when it can't be written, or is the configuration
+     * @param path       the file, or a character device such as /dev/stdout
+     * @param config     the configuration that is run, which must not be the same file
+     * @param state_dir  the state folder, in which it must not be; empty: none
+     * @throws std::runtime_error when it can't be written, is the configuration, in the state
+     *         folder, or something else than a file, a pipe for one
      */
-    RecordingFile(const std::filesystem::path &path, const std::filesystem::path &config);
+    RecordingFile(const std::filesystem::path &path, const std::filesystem::path &config,
+                  const std::filesystem::path &state_dir = {});
 
     std::ostream &out() { return out_; }
     /** @throws std::runtime_error when not all could be written */

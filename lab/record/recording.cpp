@@ -7,9 +7,12 @@
 #include "config/names.h"
 #include "record/escape.h"
 
+#include "journal/journal.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <fstream>
@@ -25,6 +28,8 @@ namespace
 
 constexpr std::string_view FIRST_WORD = "rtif-recording";
 constexpr std::size_t BLOCK_BYTES = 65536;
+/** No table of a chip is larger by far. */
+constexpr std::size_t LIMIT_MAX = 1'000'000;
 
 std::optional<std::size_t> number_of(std::string_view digits)
 {
@@ -32,6 +37,33 @@ std::optional<std::size_t> number_of(std::string_view digits)
     const char *const end = digits.data() + digits.size();
     const auto read = std::from_chars(digits.data(), end, number);
     return read.ec == std::errc() && read.ptr == end ? std::optional(number) : std::nullopt;
+}
+
+/** "sdk bcm_vlan_create(0, 4094) = -8  (…)" */
+bool is_call(std::string_view text)
+{
+    using simswitch::Layer;
+    const std::size_t blank = std::min(text.find(' '), text.size());
+    const std::string_view behind = text.substr(std::min(blank + 1, text.size()));
+    const std::size_t open = behind.find('(');
+    return std::ranges::any_of(std::array{Layer::sdk, Layer::wrapper, Layer::store, Layer::service},
+                               [&](Layer layer) {
+                                   return simswitch::layer_name(layer) == text.substr(0, blank);
+                               }) &&
+           open != 0 && open != std::string_view::npos && behind.find(' ') > open &&
+           behind.find(')', open) != std::string_view::npos;
+}
+
+/** "trace rtifhal_vlan_create: Created 4094 vlan" */
+bool is_message(std::string_view text)
+{
+    constexpr std::string_view OTHER = "level-";
+    const std::string_view level = text.substr(0, text.find(' '));
+    std::string_view number = level;
+    number.remove_prefix(level.starts_with(OTHER) ? OTHER.size() : level.size());
+    number.remove_prefix(number.starts_with('-') ? 1 : 0);
+    return (level == "trace" || level == "error" || (!number.empty() && number_of(number))) &&
+           text.substr(std::min(level.size() + 1, text.size())).find(':') != std::string_view::npos;
 }
 
 /** The lines of a recording, one after another. */
@@ -82,6 +114,10 @@ private:
         }
         line_ = rest_.substr(0, end);
         rest_.remove_prefix(end + 1);
+        if (line_->ends_with('\r')) {
+            fail("the line ends with CR LF, as some transfers and editors make it; a recording "
+                 "has LF alone: `sed -i 's/\\r$//' FILE` mends it");
+        }
         if (one_line(*line_) != *line_) {
             fail("bytes that a recording never has: control characters, or no UTF-8");
         }
@@ -125,6 +161,7 @@ private:
     std::string header_line(std::string_view word)
     {
         if (!is(word)) {
+            fail_if_cut_off();
             fail(fmt::format("\"{} …\" has to stand here", word));
         }
         std::string value = plain(behind_word());
@@ -149,6 +186,7 @@ private:
             next();
         }
         if (!is("config")) {
+            fail_if_cut_off();
             fail("\"config …\" has to stand here: the configuration, line by line");
         }
         header.config = plain(behind_word());
@@ -157,6 +195,20 @@ private:
             header.config += is("config") ? "\n" : "";
             header.config += plain(behind_word());
             next();
+        }
+        // A run that was killed may have left a part of its first request, never of this.
+        constexpr std::string_view WORD = "config";
+        if (!rest_.empty() && (rest_.starts_with(WORD) || WORD.starts_with(rest_))) {
+            fail_if_cut_off();
+        }
+    }
+
+    /** Fails where the file ends in its header: the configuration isn't whole. */
+    void fail_if_cut_off() const
+    {
+        if (!line_) {
+            fail("the recording is cut off here, before its configuration ends; it can't be used: "
+                 "record the run again");
         }
     }
 
@@ -184,8 +236,9 @@ private:
             const auto field = std::ranges::find(fields, pair.substr(0, equals),
                                                  &simswitch::chip::LimitField::name);
             const auto size = number_of(pair.substr(std::min(equals + 1, pair.size())));
-            if (field == fields.end() || !size) {
-                fail(fmt::format("{} is no size of a table", config::in_quotes(pair)));
+            if (field == fields.end() || !size || *size == 0 || *size > LIMIT_MAX) {
+                fail(fmt::format("{} is no size of a table; those are 1 to {}",
+                                 config::in_quotes(pair), LIMIT_MAX));
             }
             recording_.header.limits.*(field->field) = *size;
         }
@@ -252,7 +305,14 @@ private:
                 fail(fmt::format("\"{}…\" has to stand here: lines are missing or were added",
                                  start));
             }
-            request.lines.push_back(line_->substr(start.size()));
+            const std::string_view said = line_->substr(start.size());
+            if (word == "call" ? !is_call(said) : !is_message(said)) {
+                fail(word == "call" ? "a call is \"call 3.1 LAYER FUNCTION(…)\", its layer sdk, "
+                                      "wrapper, store or service"
+                                    : "a message is \"message 3.1 LEVEL FUNCTION: TEXT\", its "
+                                      "level trace, error or level-N");
+            }
+            request.lines.push_back(said);
             next();
         }
         return true;

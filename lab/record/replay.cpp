@@ -11,18 +11,42 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <sstream>
 #include <utility>
 
 namespace lab::record
 {
 
+namespace
+{
+
+config::Description config_of(const Recording &recording)
+{
+    const Header &header = recording.header;
+    try {
+        return config::read_config_text(
+            header.config,
+            fmt::format("{}: configuration {}", recording.file, escaped(header.configuration)));
+    } catch (const config::UnusableFile &) {
+        // The end of a line says nothing: only the configuration tells that there was more of it.
+        const auto lines = std::ranges::count(*recording.text, '\n');
+        if (!recording.is_complete && recording.requests.empty()) {
+            throw UnusableRecording(fmt::format(
+                "{}:{}: the recording is cut off here, before its configuration ends; it can't be "
+                "used: record the run again",
+                recording.file, lines + 1));
+        }
+        throw;
+    }
+}
+
+} // namespace
+
 Recording replay(const Recording &recording, std::optional<simswitch::chip::Kind> chip)
 {
     const Header &header = recording.header;
-    const auto config =
-        config::read_config_text(header.config, fmt::format("{}: configuration {}", recording.file,
-                                                            escaped(header.configuration)));
+    const auto config = config_of(recording);
     simswitch::Switch hardware({.chip = chip.value_or(header.chip),
                                 .limits = chip.value_or(header.chip) == header.chip
                                               ? header.limits

@@ -110,6 +110,17 @@ class ManPages(unittest.TestCase):
                         described = text.split(option.replace("-", "\\-"))[1].split(".TP")[0]
                         self.assertRegex(described, rf"\b{value}\b")
 
+    def test_a_page_has_the_defaults_of_the_help(self):
+        compared = 0
+        for command in commands():
+            text = Page(f"rtif-{command}.1").parts["OPTIONS"]
+            for name, default in re.findall(r"^  (?:-\w,)?(--\w[\w-]*) \S.*?=(\d+)\b", help_of(command), re.M):
+                with self.subTest(f"{command} {name}"):
+                    described = text.split(name.replace("-", "\\-"))[1].split(".TP")[0]
+                    self.assertRegex(described, rf"\b{default}\b")
+                compared += 1
+        self.assertGreater(compared, 0)
+
     def test_the_language_of_scripts_is_whole(self):
         listed = subprocess.run([RTIF, "run", "-"], input="help\n", capture_output=True, text=True,
                                 check=True).stdout

@@ -7,6 +7,8 @@
 
 #include "faults/views.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <functional>

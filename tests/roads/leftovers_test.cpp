@@ -12,6 +12,8 @@
 
 #include "chip/basics.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <iterator>
 #include <tuple>

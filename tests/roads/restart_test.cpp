@@ -12,6 +12,8 @@
 
 #include "chip/snapshot.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <filesystem>
 

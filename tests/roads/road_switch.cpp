@@ -11,6 +11,8 @@
 #include "packet/make_frame.h"
 #include "support/load_time_state.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 

@@ -243,6 +243,7 @@ std::string trunk_info(Kind chip)
 std::string trunk_read(Kind chip, const std::vector<int> &members)
 {
     std::vector<std::string> texts;
+    texts.reserve(members.size());
     for (const int port : members) {
         texts.push_back(member_of_trunk(port));
     }

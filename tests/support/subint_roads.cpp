@@ -182,6 +182,7 @@ Calls port_asked(const Lif &sub)
 Calls members_read(const Lif &sub, const std::vector<int> &ports)
 {
     std::vector<std::string> members;
+    members.reserve(ports.size());
     for (const int port : ports) {
         members.push_back(fmt::format("{{flags=0x0 gport={:#x}}}", MODULE_PORT | port));
     }

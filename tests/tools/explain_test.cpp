@@ -313,6 +313,7 @@ who comes in by it
   port            2   Ethernet4: its control 67 names it                       -
 what depends on it
   subinterface        Ethernet4.10
+  address             10.0.0.2/31
 
 -: there from power-on, or written before a restart; the chip keeps its tables over one,
 and not who wrote them

@@ -213,6 +213,34 @@ TEST_F(PageCommand, StateFolderWithoutItsConfigurationIsShownByTheStore)
     }
     EXPECT_TRUE(numbers.contains(3));
     EXPECT_TRUE(numbers.contains(9));
+    EXPECT_THAT(data["notes"].dump(), HasSubstr("kept: has no config.json"));
+}
+
+TEST_F(PageCommand, StateFolderShowsVirtualMacsAndPairsThatTheChipHas)
+{
+    const std::string config = EXAMPLES + "everything.json";
+    ASSERT_EQ(rtif("up " + config + " --state kept").code, 0);
+    const auto kept = page("--state kept");
+    const auto made = page(config);
+    ASSERT_GT(made["virtual_macs"].size(), 3U);
+    ASSERT_EQ(kept["virtual_macs"].size(), made["virtual_macs"].size());
+    for (std::size_t i = 0; i < made["virtual_macs"].size(); ++i) {
+        EXPECT_EQ(kept["virtual_macs"][i]["what"], made["virtual_macs"][i]["what"]);
+        EXPECT_EQ(kept["virtual_macs"][i]["owner"], made["virtual_macs"][i]["owner"]);
+        EXPECT_THAT(kept["virtual_macs"][i]["where"].get<std::string>(), StartsWith("station "));
+        EXPECT_EQ(kept["virtual_macs"][i]["error"], "");
+    }
+    EXPECT_EQ(kept["pairs"], made["pairs"]);
+}
+
+TEST_F(PageCommand, VirtualMacThatTheChipLacksIsToldOfAStateFolder)
+{
+    const std::string config = EXAMPLES + "packets.json";
+    write("failing.rtif", "fail bcm_l2_station_add 2 -6\nup " + config + "\n");
+    rtif("run failing.rtif --state kept");
+    EXPECT_EQ(rtif("report --state kept -o page.html").code, 1);
+    EXPECT_THAT(data_of(read("page.html"))["virtual_macs"].dump(),
+                HasSubstr("the chip has no station of it"));
 }
 
 TEST_F(PageCommand, WhatIsNotUpInAStateFolderIsToldAndRefused)
@@ -258,6 +286,15 @@ TEST_F(PageCommand, WordsThatMakeNoSenseAreUsage)
         EXPECT_NE(run.err, "") << words;
     }
     EXPECT_THAT(rtif("report -o page.html").err, HasSubstr("CONFIG.json, or --state DIR,"));
+    for (const std::string word :
+         {"-1", "many", "99999999999999999999999", "1000000001", "5x", "''"}) {
+        const auto run = rtif("report " + kinds + " --calls " + word + " -o page.html");
+        EXPECT_EQ(run.code, 2) << word;
+        EXPECT_THAT(run.err, HasSubstr(" is no number of calls; 0 to 1000000000 are taken"));
+    }
+    const auto nameless = rtif("report " + kinds + " -o ''");
+    EXPECT_EQ(nameless.code, 2);
+    EXPECT_THAT(nameless.err, HasSubstr("--out: is empty; name a file for the page"));
     EXPECT_FALSE(std::filesystem::exists(folder / "page.html"));
 }
 
@@ -315,4 +352,42 @@ TEST_F(PageCommand, PageTakesThePlaceOfAnEarlierOneAndOthersMayReadIt)
         files += entry.path().extension() == ".html" ? 1U : 0U;
     }
     EXPECT_EQ(files, 1U);
+}
+
+TEST_F(PageCommand, SymbolicLinkIsFollowedToWhereItLeads)
+{
+    std::filesystem::create_directory(folder / "elsewhere");
+    write("elsewhere/old.html", "an earlier one");
+    std::filesystem::create_symlink("elsewhere/old.html", folder / "second");
+    std::filesystem::create_symlink("second", folder / "page.html");
+    page(EXAMPLES + "kinds.json");
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "page.html"));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "second"));
+    EXPECT_THAT(read("elsewhere/old.html"), StartsWith("<!doctype html>"));
+
+    // To where nothing is yet; into a state folder it is refused as by its own name.
+    std::filesystem::create_symlink("elsewhere/new.html", folder / "fresh");
+    EXPECT_EQ(rtif("report " + EXAMPLES + "kinds.json -o fresh").code, 0);
+    EXPECT_THAT(read("elsewhere/new.html"), StartsWith("<!doctype html>"));
+    ASSERT_EQ(rtif("up " + EXAMPLES + "kinds.json --state kept").code, 0);
+    std::filesystem::create_symlink("kept/page.html", folder / "into");
+    EXPECT_EQ(rtif("report --state kept -o into").code, 1);
+    EXPECT_FALSE(std::filesystem::exists(folder / "kept" / "page.html"));
+}
+
+TEST_F(PageCommand, PageThatCannotBeWrittenWholeLeavesNothing)
+{
+    const std::string limited = "sh -c 'ulimit -f 20; exec \"$0\" report \"$1\" -o cut.html' '" +
+                                std::string(RTIFHAL_RTIF) + "' '" + EXAMPLES + "leaf.json'";
+    const std::string command =
+        "cd '" + folder.string() + "' && " + limited + " >.out 2>.err"; // the shell sets the limit
+    const int status = std::system(command.c_str());                    // NOLINT(cert-env33-c)
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 1);
+    EXPECT_EQ(read(".err"), "cut.html: cannot be written: File too large\n");
+    std::set<std::string> left;
+    for (const auto &entry : std::filesystem::directory_iterator(folder)) {
+        left.insert(entry.path().filename());
+    }
+    EXPECT_EQ(left, (std::set<std::string>{".err", ".out"}));
 }

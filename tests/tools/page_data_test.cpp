@@ -11,6 +11,8 @@
 #include "session/state.h"
 #include "support/load_time_state.h"
 
+#include "rtifhal_trident.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -115,6 +117,7 @@ TEST(PageData, OccupancyIsWhatTheChipHolds)
     PageSwitch made("everything.json", Kind::trident2);
     const auto &chip = made.hardware.chip;
     std::map<std::string, std::pair<std::size_t, std::size_t>> wanted = {
+        {"interface_numbers", {61, 7680 - 3}},
         {"stations", {chip.stations.all().size(), 1024}},
         {"l3_interfaces", {chip.l3_interfaces.all().size(), 8192}},
         {"l3_ingresses", {chip.l3_ingresses.all().size(), 8192}},
@@ -185,6 +188,41 @@ TEST(PageData, GraphOfAVlanInterfaceGoesByItsVlan)
     EXPECT_TRUE(std::ranges::any_of(ties, [](const std::string &tie) {
         return tie.starts_with("port port 5 -") && tie.ends_with("-> vlan 100");
     }));
+}
+
+TEST(PageData, GraphOfAPrimaryHasItsSecondaryAndTheStationsThere)
+{
+    PageSwitch made("packets.json");
+    const auto ties = page_ties(made.page(), "Vlan100");
+    EXPECT_TRUE(ties.contains("vlan 100 -names it-> l3_ingress 9"));
+    EXPECT_TRUE(ties.contains("vlan 101 -secondary-> l3_ingress 9"));
+    EXPECT_TRUE(ties.contains("port port 7 -untagged-> vlan 101"));
+    EXPECT_FALSE(ties.contains("port port 7 -untagged-> vlan 100"));
+    for (const auto &[id, station] : made.hardware.chip.stations.all()) {
+        if (station.vlan == 100 || station.vlan == 101) {
+            EXPECT_TRUE(ties.contains("l3_ingress 9 -routes for-> station " + std::to_string(id)));
+        }
+    }
+}
+
+TEST(PageData, NumbersOfTheLibraryAreThoseThatItCanGiveOut)
+{
+    for (const auto &[kind, size] :
+         {std::pair{Kind::trident, 3584U - 3U}, {Kind::trident2, 7680U - 3U}}) {
+        PageSwitch made("kinds.json", kind);
+        EXPECT_EQ(made.page().tables.at(0).used, 7U);
+        EXPECT_EQ(made.page().tables.at(0).size, size);
+        // Taken one by one they end where the table is full, those that are held back last.
+        std::uint32_t iif = 0;
+        for (std::size_t left = size - 7U; left > 0; --left) {
+            ASSERT_EQ(rtifhal_alloc_l3iif(&iif), 0);
+        }
+        EXPECT_EQ(made.page().tables.at(0).used, size);
+        EXPECT_EQ(rtifhal_alloc_l3iif(&iif), -1);
+        ASSERT_EQ(rtifhal_free_l3iif(static_cast<int>(iif), 1), 0);
+        EXPECT_EQ(made.page().tables.at(0).used, size - 1U);
+        EXPECT_EQ(rtifhal_alloc_l3iif(&iif), 0);
+    }
 }
 
 TEST(PageData, GraphOfATunnelHasItsInitiatorOrNone)

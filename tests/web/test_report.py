@@ -118,8 +118,12 @@ class ReportPage(unittest.TestCase):
     def setUpClass(cls):
         cls.folder = pathlib.Path(tempfile.mkdtemp(prefix="rtif-web-"))
         cls.addClassCleanup(shutil.rmtree, cls.folder, ignore_errors=True)
-        for name in ("kinds", "leaf", "campus"):
+        (cls.folder / "none.json").write_text(json.dumps({
+            "DEVICE_METADATA": {"localhost": {"hostname": "x" * 3000}},
+            "VLAN": {f"Vlan{n}": {"vlanid": str(n)} for n in (2, 3, 4)}}))
+        for name in ("kinds", "leaf", "campus", "packets", "everything"):
             run("report", EXAMPLES / f"{name}.json", "-o", cls.folder / f"{name}.html")
+        run("report", cls.folder / "none.json", "-o", cls.folder / "none.html")
         script = cls.folder / "half.rtif"
         script.write_text(f"fail rtifhal_bcm_l3_ingress_create -6\nup {EXAMPLES}/kinds.json\n")
         subprocess.run([RTIF, "run", script, "--state", cls.folder / "kept"], check=False,
@@ -186,7 +190,7 @@ class ReportPage(unittest.TestCase):
 
     def test_each_table_of_the_chip_has_a_bar_of_its_fill(self):
         self.open("leaf")
-        self.assertEqual(len(self.texts(".fills tbody tr")), 14)
+        self.assertEqual(len(self.texts(".fills tbody tr")), 15)
         interfaces = self.texts("tr[data-table=l3_interfaces] .number")
         self.assertEqual(interfaces[0], "40 / 4,096")
         width = self.browser.js(
@@ -234,6 +238,16 @@ class ReportPage(unittest.TestCase):
                 self.assertEqual(self.texts("#count"), [f"{len(names)} of 7 interfaces"])
         self.assertTrue(self.find("#nothing").is_displayed())
         self.assertEqual(self.find("#count").get_attribute("aria-live"), "polite")
+        self.filter("foo:bar")
+        self.assertIn("0 of 7 interfaces; no property is named foo", self.texts("#count")[0])
+
+    def test_a_switch_without_an_interface_says_so(self):
+        self.open("none")
+        self.assertEqual(self.texts("#nothing"), ["There is no routed interface."])
+        self.assertEqual(self.texts(".tile dd")[0], "none")
+        self.assertIn("3 requests without a call", self.texts(".request summary"))
+        self.assertEqual(self.texts("h1"), ["x" * 79 + "…"])
+        self.assertEqual(self.find("h1").get_attribute("title"), "x" * 3000)
 
     def test_a_button_puts_its_kind_into_the_filter_and_takes_it_out(self):
         self.open("kinds")
@@ -278,6 +292,10 @@ class ReportPage(unittest.TestCase):
         self.filter("vlan100")
         self.press(Keys.ENTER)
         self.opened("Vlan100")
+        self.press(Keys.ESCAPE)
+        self.opened(None)
+        self.press(Keys.ESCAPE)
+        self.assertEqual(len(self.shown()), 7)
 
     def test_the_focus_can_be_seen(self):
         self.open("kinds")
@@ -298,6 +316,7 @@ class ReportPage(unittest.TestCase):
         for fragment in ("#/nobody", "#/%E0%A4%A", "#main"):
             self.open("kinds", fragment)
             self.opened(None)
+            self.assertEqual(self.texts("#unknown"), ["This switch has no interface nobody."] if "no" in fragment else [])
 
     def test_previous_and_next_go_along_what_the_filter_lets_through(self):
         self.open("kinds")
@@ -309,6 +328,22 @@ class ReportPage(unittest.TestCase):
         self.assertEqual(self.texts("[rel=next]"), [])
 
     # What an interface shows.
+
+    def test_graphs_fit_beside_the_list_or_say_that_they_scroll(self):
+        for name, fragment in [("everything", "#/PortChannel1"), ("packets", "#/Vlan100")]:
+            for width, fits in ((1265, True), (385, False)):
+                with self.subTest(f"{name}{fragment} at {width}"):
+                    self.browser.window(width)
+                    self.open(name, fragment)
+                    box, text, hidden = self.browser.js(
+                        "const box = document.querySelector('.graph-box');"
+                        "return [box.scrollWidth - box.clientWidth,"
+                        " document.querySelector('.graph').getBoundingClientRect().width"
+                        " / document.querySelector('.graph').viewBox.baseVal.width,"
+                        " document.querySelector('.graph-hint').hidden]")
+                    self.assertEqual(box <= 0, fits)
+                    self.assertGreaterEqual(text, 0.74)
+                    self.assertEqual(hidden, fits)
 
     def test_the_sequence_has_every_call_and_what_becomes_of_its_writes(self):
         self.open("kinds", "#/Ethernet0")
@@ -419,6 +454,15 @@ class ReportPage(unittest.TestCase):
                     self.open(name, fragment)
                     self.assertLessEqual(
                         self.browser.js("return document.documentElement.scrollWidth"), width)
+
+    def test_nothing_is_cut_at_the_side_of_a_phone(self):
+        self.browser.window(385, 900)
+        for fragment in ("#/PortChannel1", ""):
+            self.open("everything", fragment)
+            self.browser.js("for (const one of document.querySelectorAll('.sample')) one.open = true")
+            cut = "return [...document.querySelectorAll('.sequence, .stages td, [aria-label^=Virtual]')]" \
+                ".filter((one) => one.scrollWidth > one.clientWidth + 1).length"
+            self.assertEqual(self.browser.js(cut), 0, fragment)
 
     def test_text_can_be_read_in_both_themes(self):
         seen = set()

@@ -35,6 +35,11 @@ function number(value) {
   return String(value).replace(/\B(?=(\d{3})+$)/g, ',');
 }
 
+/** A text that isn't longer than that many letters. */
+function cut(text, letters) {
+  return text.length <= letters ? text : `${text.slice(0, Math.max(letters - 1, 1))}…`;
+}
+
 /** "1 call", "2 calls". */
 function counted(value, what) {
   return `${number(value)} ${what}${value === 1 ? '' : 's'}`;
@@ -61,10 +66,10 @@ function linkTo(name) {
 }
 
 /** A table with a head; each cell is a text or an element, the first of a row heads it. */
-function table(caption, heads, rows, attributes = {}) {
+function table(caption, heads, rows) {
   return el('div', { class: 'scroll', tabindex: '0', role: 'region', 'aria-label': caption },
-    el('table', attributes,
+    el('table', { class: 'stacks' },
       el('thead', {}, el('tr', {}, heads.map((head) => el('th', { scope: 'col' }, head)))),
       el('tbody', {}, rows.map((row) => el('tr', {}, row.map((cell, index) =>
-        index === 0 ? el('th', { scope: 'row' }, cell) : el('td', {}, cell)))))));
+        index === 0 ? el('th', { scope: 'row' }, cell) : el('td', { 'data-head': heads[index] }, cell)))))));
 }

@@ -37,6 +37,13 @@ function fits(one, word) {
     ? String(value) === word : String(value).toLowerCase().includes(word));
 }
 
+/** What stands before a colon and names no property; a MAC or an IPv6 address isn't meant. */
+function unknownKeys(text) {
+  const keys = text.toLowerCase().split(/\s+/).map((word) => /^-?([a-z_-]+):/.exec(word));
+  return keys.filter((found) => found !== null && !Object.hasOwn(PROPERTIES, found[1])
+    && !/^-?[0-9a-f]{1,4}:[0-9a-f:]*$/.test(found.input)).map((found) => found[1]);
+}
+
 /** Whether an interface fits all words of a text. */
 function passes(one, text) {
   return text.toLowerCase().split(/\s+/).filter((word) => word !== '' && word !== '-')

@@ -33,9 +33,11 @@ function applyFilter() {
     entry.row.hidden = !pass;
     shown += pass ? 1 : 0;
   }
-  list.count.textContent = text.trim() === ''
+  const strange = unknownKeys(text);
+  list.count.textContent = (text.trim() === ''
     ? counted(list.rows.length, 'interface')
-    : `${number(shown)} of ${counted(list.rows.length, 'interface')}`;
+    : `${number(shown)} of ${counted(list.rows.length, 'interface')}`)
+    + (strange.length === 0 ? '' : `; no property is named ${cut(strange.join(', '), 60)}: the word is looked for as it is`);
   byId('nothing').hidden = shown !== 0;
   for (const chip of document.querySelectorAll('.chip')) {
     chip.setAttribute('aria-pressed', String(words().includes(chip.dataset.word)));
@@ -131,7 +133,7 @@ function buildList() {
         el('thead', {}, el('tr', {}, heads.map((head, index) =>
           el('th', { scope: 'col', class: index === 1 || index === 2 ? 'number' : null }, head)))),
         el('tbody', {}, list.rows.map((entry) => entry.row))),
-      el('p', { id: 'nothing', class: 'empty', hidden: true }, 'No interface fits these words.')),
+      el('p', { id: 'nothing', class: 'empty', hidden: true }, list.rows.length === 0 ? 'There is no routed interface.' : 'No interface fits these words.')),
   ]);
   applyFilter();
 }

@@ -2,6 +2,7 @@
 // tables are, what was not taken of the configuration.
 
 const NEARLY_FULL = 0.8;
+const NAME_SHOWN = 80;
 
 function count(state) {
   return DATA.interfaces.filter((one) => one.state === state).length;
@@ -14,13 +15,13 @@ function buildTop() {
   fill(byId('top'), {}, [
     el('div', { class: 'title' },
       el('p', { class: 'eyebrow' }, 'Routed interfaces'),
-      el('h1', {}, DATA.host === '' ? 'Switch without a name' : DATA.host)),
+      el('h1', { title: DATA.host }, DATA.host === '' ? 'Switch without a name' : cut(DATA.host, NAME_SHOWN))),
     el('dl', { class: 'facts' }, facts.map(([name, value]) =>
       el('div', {}, el('dt', {}, name), el('dd', {}, value)))),
     themeButton(),
   ]);
   byId('foot').append(`Made by rtif ${DATA.version} report. Everything is in this file; it asks nothing of the network.`);
-  document.title = `${DATA.host === '' ? 'Switch' : DATA.host}: routed interfaces`;
+  document.title = `${DATA.host === '' ? 'Switch' : cut(DATA.host, NAME_SHOWN)}: routed interfaces`;
 }
 
 /** One number of the switch. */
@@ -31,8 +32,9 @@ function tile(value, name, mark = null) {
 
 function tiles() {
   const up = count('up');
-  const all = [tile(`${number(up)} / ${number(DATA.interfaces.length)}`, 'interfaces up',
-    up === DATA.interfaces.length ? 'up' : 'failed')];
+  const known = DATA.interfaces.length;
+  const all = [known === 0 ? tile('none', 'routed interfaces')
+    : tile([number(up), ' ', el('span', { class: 'of' }, `/ ${number(known)}`)], 'interfaces up', up === known ? 'up' : 'failed')];
   if (!DATA.from_state) all.push(tile(number(DATA.calls), 'platform calls'));
   if (!DATA.from_state) all.push(tile(number(DATA.vlans), 'bridged VLANs'));
   all.push(tile(number(DATA.routes), 'routes'));
@@ -83,7 +85,7 @@ function bar(one) {
 
 function occupancy() {
   return el('section', { class: 'card', 'aria-labelledby': 'tables' },
-    el('h2', { id: 'tables' }, 'Tables of the chip'),
+    el('h2', { id: 'tables' }, 'Tables of the chip, and the library’s numbers'),
     el('table', { class: 'fills' },
       el('thead', {}, el('tr', {},
         el('th', { scope: 'col' }, 'Table'),
@@ -122,19 +124,31 @@ function remarks() {
   return parts;
 }
 
+/** Requests that have called nothing, in one fold. */
+function withoutCalls(requests) {
+  if (requests.length === 0) return null;
+  return el('details', { class: 'request' },
+    el('summary', {}, counted(requests.length, 'request'), ' ', el('span', { class: 'quiet' }, 'without a call')),
+    el('p', {}, requests.map((request) => request.asked).join(', ')));
+}
+
 /** The requests that belong to no interface. */
 function switchRequests() {
   if (DATA.switch_requests.length === 0) return null;
   return el('section', { class: 'card' },
     el('h2', {}, 'Requests of the switch itself'),
-    DATA.switch_requests.map((request) => foldedRequest(request)));
+    DATA.switch_requests.filter((request) => request.calls !== 0 || request.refused).map((request) => foldedRequest(request)),
+    withoutCalls(DATA.switch_requests.filter((request) => request.calls === 0 && !request.refused)));
 }
 
-function showOverview() {
+/** The switch. @param unknown  the interface that was asked for, where there is none */
+function showOverview(unknown = null) {
   const main = byId('main');
   main.replaceChildren();
   fill(main, {}, [
     el('h2', { class: 'hidden' }, 'The switch'),
+    unknown === null ? null : el('p', { class: 'error box', role: 'alert', id: 'unknown' },
+      `This switch has no interface ${cut(unknown, NAME_SHOWN)}.`),
     attention(), tiles(),
     DATA.from_state ? el('p', { class: 'remark' },
       'This is the switch as its state folder holds it. A state folder keeps no calls, so the page has none.') : null,

@@ -15,7 +15,7 @@ function follow() {
   opened = one;
   document.body.classList.toggle('detail', one !== null);
   markOpen(one === null ? null : one.name);
-  if (one === null) showOverview();
+  if (one === null) showOverview(name);
   else showInterface(one);
   return before;
 }
@@ -44,7 +44,8 @@ function onKey(event) {
     list.input.focus();
     list.input.select();
   } else if (event.key === 'Escape') {
-    if (typing && list.input.value !== '') {
+    // Closes what is open first; then the filter is emptied, wherever the focus is.
+    if (list.input.value !== '' && (typing || opened === null)) {
       event.preventDefault();
       list.input.value = '';
       applyFilter();
