@@ -90,6 +90,7 @@ std::string on_trident2(std::string line, std::string_view item)
     static const std::regex ENTRY(R"(^(L3 ingress of ([^:]*):.* flags )0x6$)");
     static const auto DIFFERENCES_READ = [] {
         std::vector<std::pair<std::regex, std::string>> all;
+        all.reserve(std::size(DIFFERENCES));
         for (const Difference &each : DIFFERENCES) {
             all.emplace_back(each.trident, each.trident2);
         }
