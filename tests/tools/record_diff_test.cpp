@@ -188,8 +188,8 @@ std::string small_recording(const std::vector<std::pair<std::string, std::string
 {
     std::string text = "rtif-recording 1\nrtif 1\nchip trident\nconfiguration x\nconfig\n";
     for (std::size_t i = 1; i <= requests.size(); ++i) {
-        text += fmt::format("request {0} {1} = 0 (1 calls, 0 messages)\ncall {0}.1 service {2}\n", i,
-                            requests[i - 1].first, requests[i - 1].second);
+        text += fmt::format("request {0} {1} = 0 (1 calls, 0 messages)\ncall {0}.1 service {2}\n",
+                            i, requests[i - 1].first, requests[i - 1].second);
     }
     return text + fmt::format("end {0} requests, {0} calls\n", requests.size());
 }
