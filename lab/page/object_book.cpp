@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -259,7 +260,7 @@ std::size_t ObjectBook::egress(int egress)
     Fields fields;
     std::string title = packet::next_hop_text(names_, egress);
     // The way out is a field of its own.
-    title = title.substr(0, title.find(" on "));
+    title.resize(std::min(title.size(), title.find(" on ")));
     if (found != nullptr) {
         if (!packet::leads_to_cpu(*found)) {
             fields = {{"MAC", chip::text(found->mac)}, {"by", packet::way_out(names_, *found)}};

@@ -9,6 +9,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 namespace
 {
 
@@ -109,7 +111,7 @@ end 2 requests, 31 calls
 TEST_F(RecordFile, HasEveryRequestCallAndMessageOnALine)
 {
     std::string version = recorded();
-    version = version.substr(0, version.find("\nchip"));
+    version.resize(std::min(version.size(), version.find("\nchip")));
     EXPECT_EQ(
         recorded(),
         version +
