@@ -20,28 +20,8 @@ using record_test::with;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-/** Recordings of the switch with one tunnel. */
-class RecordFile : public record_test::InFolder
+class RecordFile : public record_test::TunnelRecording
 {
-protected:
-    RecordFile() { write("tunnel.json", TUNNEL); }
-
-    /** A recording of the tunnel. */
-    std::string recorded() const
-    {
-        EXPECT_EQ(rtif("up tunnel.json --record tunnel.rec").code, 0);
-        return read("tunnel.rec");
-    }
-
-    /** Replays a text; it must be refused with exit code 2 and nothing on the output. */
-    std::string refused(const std::string &text) const
-    {
-        write("edited.rec", text);
-        const Ran ran = rtif("replay edited.rec");
-        EXPECT_EQ(ran.code, 2) << ran.out;
-        EXPECT_EQ(ran.out, "");
-        return ran.err;
-    }
 };
 
 constexpr const char *RECORDED_REQUESTS =

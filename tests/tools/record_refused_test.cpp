@@ -16,33 +16,14 @@ namespace
 {
 
 using record_test::Ran;
-using record_test::TUNNEL;
 using record_test::with;
 using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
 
-class RecordRefused : public record_test::InFolder
+class RecordRefused : public record_test::TunnelRecording
 {
-protected:
-    RecordRefused() { write("tunnel.json", TUNNEL); }
-
-    std::string recorded() const
-    {
-        EXPECT_EQ(rtif("up tunnel.json --record tunnel.rec").code, 0);
-        return read("tunnel.rec");
-    }
-
-    /** Has a text replayed and compared, which both refuse, with the same words. */
-    std::string refused(const std::string &text) const
-    {
-        write("edited.rec", text);
-        const Ran ran = rtif("replay edited.rec");
-        EXPECT_EQ(ran.code, 2) << ran.out;
-        EXPECT_EQ(ran.out, "");
-        return ran.err;
-    }
 };
 
 TEST_F(RecordRefused, AFileWithoutANameIsUsage)

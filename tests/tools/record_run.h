@@ -82,4 +82,28 @@ inline constexpr const char *TWO_TUNNELS =
             "MuxTunnel1": {"tunnel_type": "IPINIP", "dst_ip": "10.1.0.34", "src_ip": "10.1.0.33"}}}
 )";
 
+/** Recordings of the switch with one tunnel. */
+class TunnelRecording : public InFolder
+{
+protected:
+    TunnelRecording() { write("tunnel.json", TUNNEL); }
+
+    /** A recording of the tunnel. */
+    std::string recorded() const
+    {
+        EXPECT_EQ(rtif("up tunnel.json --record tunnel.rec").code, 0);
+        return read("tunnel.rec");
+    }
+
+    /** Replays a text; it must be refused with exit code 2 and nothing on the output. */
+    std::string refused(const std::string &text) const
+    {
+        write("edited.rec", text);
+        const Ran ran = rtif("replay edited.rec");
+        EXPECT_EQ(ran.code, 2) << ran.out;
+        EXPECT_EQ(ran.out, "");
+        return ran.err;
+    }
+};
+
 } // namespace record_test
