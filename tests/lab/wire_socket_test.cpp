@@ -35,11 +35,25 @@ Bytes frame(std::size_t size, std::uint8_t first = 2)
 }
 
 /** Waits until there is something to be read, or an error, but not for ever. */
-Read read_soon(PortSocket &socket)
+Read read_soon(PortSocket &socket, int milliseconds = 5000)
 {
     pollfd waits{socket.fd(), POLLIN, 0};
-    poll(&waits, 1, 5000);
+    poll(&waits, 1, milliseconds);
     return socket.read();
+}
+
+/**
+ * What is read once the cable works again: the kernel drops, and doesn't tell, what is
+ * sent before it has taken note of the carrier.
+ */
+Read read_of_next(PortSocket &socket, PortSocket &sender)
+{
+    Read seen = Read::nothing;
+    for (int attempt = 0; attempt < 50 && seen == Read::nothing; ++attempt) {
+        EXPECT_EQ(sender.send(frame(60)), Sent::done);
+        seen = read_soon(socket, 100);
+    }
+    return seen;
 }
 
 Bytes bytes_of(const PortSocket &socket)
@@ -144,8 +158,7 @@ TEST(WireSocket, AnInterfaceGoesDownAndComesBack)
         EXPECT_EQ(port.send(frame(60)), Sent::down);
         ASSERT_TRUE(shell("ip link set sw0 up"));
         EXPECT_TRUE(port.is_up());
-        EXPECT_EQ(host.send(frame(60)), Sent::done);
-        EXPECT_EQ(read_soon(port), Read::frame);
+        EXPECT_EQ(read_of_next(port, host), Read::frame);
     });
 }
 

@@ -149,10 +149,16 @@ TEST(WireRun, ALinkThatIsDownIsToldAndComesBack)
                                           "it is up"));
         ASSERT_TRUE(shell("ip link set sw0 up"));
         run.told.clear();
-        EXPECT_EQ(run.host.send(arp_request("10.0.0.1")), lab::wire::Sent::done);
+        // The kernel drops what is sent before it has taken note of the carrier.
+        std::size_t answers = 0;
+        for (int attempt = 0; attempt < 50 && answers == 0; ++attempt) {
+            EXPECT_EQ(run.host.send(arp_request("10.0.0.1")), lab::wire::Sent::done);
+            run.wire->run(milliseconds(100));
+            answers = run.received().size();
+        }
         run.wire->run(milliseconds(400));
         EXPECT_THAT(run.told, ElementsAre("Ethernet0: sw0 is up again"));
-        EXPECT_EQ(run.received().size(), 1U);
+        EXPECT_GE(answers, 1U);
     });
 }
 
