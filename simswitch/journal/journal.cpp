@@ -75,6 +75,10 @@ void Journal::disarm()
 std::vector<std::string> Journal::calls(std::size_t from) const
 {
     std::vector<std::string> texts;
+    const auto first =
+        records_.begin() + static_cast<std::ptrdiff_t>(std::min(from, records_.size()));
+    texts.reserve(static_cast<std::size_t>(std::count_if(
+        first, records_.end(), [](const auto &record) { return !record.trace_sink; })));
     for (std::size_t i = from; i < records_.size(); ++i) {
         if (!records_[i].trace_sink) {
             texts.push_back(records_[i].text());

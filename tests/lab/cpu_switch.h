@@ -7,6 +7,7 @@
 #include "cpu/forwarder.h"
 #include "l3lif/layer.h"
 #include "routing/routing.h"
+#include "support/numbers.h"
 
 #include "chip/pipeline/pipeline.h"
 #include "switch.h"
@@ -38,20 +39,7 @@ inline constexpr std::string_view ROUTER = "02:00:00:00:0a:01";
 inline constexpr std::string_view HOST = "02:aa:00:00:00:09";
 inline constexpr std::string_view ALL = "ff:ff:ff:ff:ff:ff";
 
-/** Numbers that look random and are the same in every run. */
-class Numbers
-{
-public:
-    explicit Numbers(std::uint32_t seed) : state_(seed) {}
-    std::uint32_t operator()()
-    {
-        state_ = state_ * 6364136223846793005U + 1442695040888963407U;
-        return static_cast<std::uint32_t>(state_ >> 32);
-    }
-
-private:
-    std::uint64_t state_;
-};
+using rtifhal_test::Numbers;
 
 /** A host's frame around a packet. */
 struct From {

@@ -11,7 +11,7 @@
 #include <initializer_list>
 #include <iterator>
 
-namespace rtifhal_test
+namespace rtifhal_test::accounting
 {
 
 namespace
@@ -210,4 +210,4 @@ TEST_F(VlanAccounting, PortsOutside0To255HaveNoPlaceInASet)
     EXPECT_EQ(ports_of(pbmp), (std::vector<int>{0, 32, 255}));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::accounting

@@ -14,7 +14,7 @@
 #include <cstddef>
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::adjacency
 {
 
 namespace
@@ -371,4 +371,4 @@ TEST_F(AdjacencyMessage, ReportOfADroppedMessageStandsBehindItsRelease)
     EXPECT_EQ(order, (Calls{"fwm_ds_trace_add", "mts_send", "mts_drop", "fwm_ds_trace_add"}));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::adjacency

@@ -5,7 +5,7 @@
 #include "support/l3_objects.h"
 #include "support/library_test.h"
 
-namespace rtifhal_test
+namespace rtifhal_test::class_id
 {
 
 namespace
@@ -110,4 +110,4 @@ TEST_F(ClassId, UnknownIfindexLeavesTheResultAlone)
                            "Failed to get l3lif for ifindex " + lif->decimal() + "\n")});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::class_id

@@ -10,7 +10,7 @@
 #include <cstring>
 #include <regex>
 
-namespace rtifhal_test
+namespace rtifhal_test::default_nh_destroy
 {
 
 namespace
@@ -256,4 +256,4 @@ TEST_F(DefaultRoutesDestroy, IsNotTiedToAFastRestart)
 
 } // namespace
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::default_nh_destroy

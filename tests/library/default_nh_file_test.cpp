@@ -13,7 +13,7 @@
 #include <fstream>
 #include <iterator>
 
-namespace rtifhal_test
+namespace rtifhal_test::default_nh_file
 {
 
 namespace
@@ -388,4 +388,4 @@ TEST_F(DefaultRoutesFile, IsGivenBackWholeByADestroy)
 
 } // namespace
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::default_nh_file

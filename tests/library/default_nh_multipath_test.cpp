@@ -11,7 +11,7 @@
 
 #include <numeric>
 
-namespace rtifhal_test
+namespace rtifhal_test::default_nh_multipath
 {
 
 namespace
@@ -429,4 +429,4 @@ TEST_F(MultipathDefaultRoutes, MorePathsThanARouteHoldsAreWalkedToTheSixtyFourth
 
 } // namespace
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::default_nh_multipath

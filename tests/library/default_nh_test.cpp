@@ -12,7 +12,7 @@
 
 #include <cstring>
 
-namespace rtifhal_test
+namespace rtifhal_test::default_nh
 {
 
 namespace
@@ -350,4 +350,4 @@ TEST_F(DefaultRoutes, RouteFlagsOfIp6DoNotStickToTheNextRoute)
 
 } // namespace
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::default_nh

@@ -10,7 +10,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::dispatch
 {
 
 namespace
@@ -413,4 +413,4 @@ TEST_F(Dispatch, AuxChangesNothingButTheTrace)
     }
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::dispatch

@@ -19,7 +19,7 @@
 #include <utility>
 #include <vector>
 
-namespace rtifhal_test
+namespace rtifhal_test::dump_bitmap
 {
 
 namespace
@@ -449,4 +449,4 @@ TEST_F(DumpTables, FirstWordIsIgnored)
     EXPECT_EQ(dumped(0), dumped(0xffffffff));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::dump_bitmap

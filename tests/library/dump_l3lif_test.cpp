@@ -10,7 +10,7 @@
 
 #include <string>
 
-namespace rtifhal_test
+namespace rtifhal_test::dump_l3lif
 {
 
 namespace
@@ -272,4 +272,4 @@ TEST_F(DumpInterface, PortThatCantBeReadEndsIt)
     expect_no_port(lif);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::dump_l3lif

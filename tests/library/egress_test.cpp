@@ -9,7 +9,7 @@
 
 #include <sdk/error.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::egress
 {
 
 namespace
@@ -224,4 +224,4 @@ TEST_F(Egress, NullInterfaceMakesNoCall)
     expect_calls({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::egress

@@ -10,7 +10,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::fhrp_mac_add_failure
 {
 
 namespace
@@ -219,4 +219,4 @@ TEST_F(FhrpMacAddFailure, NullMacIsRefusedWithoutACall)
     expect_messages({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::fhrp_mac_add_failure

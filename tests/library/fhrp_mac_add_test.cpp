@@ -13,7 +13,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::fhrp_mac_add
 {
 
 namespace
@@ -271,4 +271,4 @@ TEST_F(FhrpMacAdd, ReadsNothingOfAnInterfaceWithoutPropertiesAndContext)
     expect_installed(ON_PORT, entry(lif, ROUTED, 1));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::fhrp_mac_add

@@ -11,7 +11,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::fhrp_mac_again
 {
 
 namespace
@@ -195,4 +195,4 @@ TEST_F(FhrpMacAgain, SameMacOnTheSviOfAnotherVlanIsNotPresent)
     EXPECT_EQ(kept(), (Calls{entry(lif, 100, 1), entry(lif, 200, 2)}));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::fhrp_mac_again

@@ -14,7 +14,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::fhrp_mac_delete
 {
 
 namespace
@@ -325,4 +325,4 @@ TEST_F(FhrpMacDelete, NullMacIsRefusedWithoutACall)
     expect_messages({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::fhrp_mac_delete

@@ -17,7 +17,7 @@
 #include <cstring>
 #include <sys/mman.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::fhrp_mac_listing
 {
 
 namespace
@@ -404,4 +404,4 @@ TEST_F(FhrpMacListing, ListingChangesNeitherTreeNorChip)
     EXPECT_EQ(calls_of({"malloc", "rtifhal_get_bcm_unit"}), Calls{});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::fhrp_mac_listing

@@ -13,7 +13,7 @@
 #include <algorithm>
 #include <limits>
 
-namespace rtifhal_test
+namespace rtifhal_test::fhrp_mac_order
 {
 
 namespace
@@ -323,4 +323,4 @@ TEST_F(FhrpMacTree, RemoveWithoutATreeMakesNoCall)
     expect_messages({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::fhrp_mac_order

@@ -11,7 +11,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::fhrp_mac_secondary_add
 {
 
 namespace
@@ -303,6 +303,20 @@ TEST_F(FhrpMacSecondaryAdd, RepeatWithThePrimaryInTheChipDoesntMendASecondary)
     EXPECT_EQ(stations(), Calls{in_chip(2, IN_PRIMARY)});
 }
 
+TEST_F(FhrpMacSecondaryAdd, PrimaryAsItsOwnSecondaryGetsTwoStationsAndKeepsTheFirst)
+{
+    const Lif &lif = primary_svi({PRIMARY});
+    EXPECT_EQ(add(lif), 0);
+    expect_calls(join({begins(lif, Role::primary), Calls{WALK}, VISIT,
+                       station_added(in_secondary(PRIMARY), 1), entry_saved(true),
+                       station_added(IN_PRIMARY, 2),
+                       Calls{"malloc(16) = record", "avl_insert(tree, record) = -8"}}));
+    expect_messages({SVI_VLAN, visited(PRIMARY), matched(PRIMARY), now_at(SECONDARY_ADD, 1),
+                     now_at(ADD, 2), trace(ADD, "Failed to save addr info in hash table\n")});
+    EXPECT_EQ(stations(), (Calls{in_chip(1, in_secondary(PRIMARY)), in_chip(2, IN_PRIMARY)}));
+    EXPECT_EQ(kept(), Calls{entry(lif, PRIMARY, 1)});
+}
+
 TEST_F(FhrpMacSecondaryAdd, MulticastReachesNoSecondary)
 {
     const Lif &lif = primary_svi({101});
@@ -321,4 +335,4 @@ TEST_F(FhrpMacSecondaryAdd, UnitIsAskedForAtEachPair)
                      "bcm_l2_station_add(0, " + IN_PRIMARY + ") = 0 [id=1]"}));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::fhrp_mac_secondary_add

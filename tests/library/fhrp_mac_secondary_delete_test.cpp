@@ -14,7 +14,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::fhrp_mac_secondary_delete
 {
 
 namespace
@@ -214,6 +214,19 @@ TEST_F(FhrpMacSecondaryDelete, RefusedPrimaryIsAFailureBehindItsSecondaries)
     EXPECT_EQ(kept(), Calls{});
 }
 
+TEST_F(FhrpMacSecondaryDelete, PrimaryAsItsOwnSecondaryLosesItsEntryInTheWalkAndFailsBehindIt)
+{
+    const Lif &lif = installed({PRIMARY});
+    EXPECT_EQ(del(lif), -1);
+    expect_calls(join({begins(lif, Role::primary), Calls{WALK}, secondary_gone(1),
+                       station_deleted(1, -7), Calls{looked_up(false)}}));
+    expect_messages(
+        {visited(PRIMARY), matched(PRIMARY),
+         report(DEL, fmt::format("l2_station_delete failed({}) for idx:1\n", _shr_errmsg[7]))});
+    EXPECT_EQ(kept(), Calls{});
+    EXPECT_EQ(stations(), Calls{in_chip(2, station("0x3c", VMAC, "100/4095"))});
+}
+
 TEST_F(FhrpMacSecondaryDelete, WithoutAnEntryOfItsOwnThereIsNoWalk)
 {
     const Lif &lif = installed({101});
@@ -266,4 +279,4 @@ TEST_F(FhrpMacSecondaryDelete, UnitIsAskedForAtEachPair)
               (Calls{"bcm_l2_station_delete(3, 1) = -3", "bcm_l2_station_delete(0, 2) = 0"}));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::fhrp_mac_secondary_delete

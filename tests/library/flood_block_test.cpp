@@ -13,7 +13,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::flood_block
 {
 
 namespace
@@ -493,4 +493,4 @@ TEST_P(VlanOutsideTheTable, IsRefusedByThePlatform)
 
 INSTANTIATE_TEST_SUITE_P(FloodBlock, VlanOutsideTheTable, ::testing::Values(4096, 65535));
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::flood_block

@@ -5,7 +5,7 @@
  */
 #include "support/flood_list.h"
 
-namespace rtifhal_test
+namespace rtifhal_test::floodlist_entry
 {
 
 namespace
@@ -211,4 +211,4 @@ TEST_F(LinkLocalEntry, OnlyTheReinstallDecidesTheResult)
 
 } // namespace
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::floodlist_entry

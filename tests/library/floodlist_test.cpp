@@ -14,7 +14,7 @@
 
 #include <cstring>
 
-namespace rtifhal_test
+namespace rtifhal_test::floodlist
 {
 
 namespace
@@ -278,4 +278,4 @@ TEST_F(PortChangeInASmallRegion, GoesByTheSizeThatWasFetched)
 
 } // namespace
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::floodlist

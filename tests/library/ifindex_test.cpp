@@ -6,7 +6,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::ifindex
 {
 
 namespace
@@ -242,4 +242,4 @@ TEST_F(TrunkOfIfindex, WhatIsNoPortChannelHasNoTrunk)
     }
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::ifindex

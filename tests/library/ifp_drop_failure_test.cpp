@@ -11,7 +11,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::ifp_drop_failure
 {
 
 namespace
@@ -200,4 +200,4 @@ TEST_F(DropRuleFailure, UnknownUnitIsRefusedAtTheGroup)
     expect_messages({report(INSTALL, fmt::format("group_create(5) failed: {}\n", _shr_errmsg[3]))});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::ifp_drop_failure

@@ -20,7 +20,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-namespace rtifhal_test
+namespace rtifhal_test::ifp_drop
 {
 
 namespace
@@ -303,4 +303,4 @@ TEST(MemoryFill, OfNoBytesWritesNothing)
     EXPECT_EQ(sal_memset(nullptr, 0, 0), nullptr);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::ifp_drop

@@ -7,7 +7,7 @@
 #include "support/l3_objects.h"
 #include "support/library_test.h"
 
-namespace rtifhal_test
+namespace rtifhal_test::iif_exhaustion
 {
 
 namespace
@@ -114,4 +114,4 @@ TEST_F(IifExhaustion, LowestHeldBackNumberMayBeZero)
     EXPECT_EQ(allocate(), HELD_BACK);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::iif_exhaustion

@@ -14,7 +14,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace rtifhal_test
+namespace rtifhal_test::iif_table
 {
 
 namespace
@@ -475,4 +475,4 @@ TEST_F(IifTable, FreeAsTheFirstCallSetsTheTablesUp)
     expect_reports({invalid("7")});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::iif_table

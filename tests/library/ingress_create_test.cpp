@@ -11,7 +11,7 @@
 #include <fwmpd/l3_cache.h>
 #include <sdk/error.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::ingress_create
 {
 
 namespace
@@ -405,4 +405,4 @@ TEST_F(IngressCreate, NullInterfaceIsRefusedWithoutACall)
     expect_calls({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::ingress_create

@@ -9,7 +9,7 @@
 
 #include <fwmpd/l3_cache.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::ingress_release
 {
 
 namespace
@@ -399,4 +399,4 @@ TEST_F(VlanLabel, NullInterfaceFailsSilently)
     expect_messages({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::ingress_release

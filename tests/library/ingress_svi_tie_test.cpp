@@ -9,7 +9,7 @@
 #include <fwmpd/l3_cache.h>
 #include <sdk/error.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::ingress_svi_tie
 {
 
 namespace
@@ -205,4 +205,4 @@ TEST_F(IngressTieOfSvi, RefusedStoreOfTheVlanIsNotLookedAt)
     EXPECT_EQ(sw.journal.count("bcm_vlan_control_vlan_set"), 1U);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::ingress_svi_tie

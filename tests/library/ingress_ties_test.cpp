@@ -12,7 +12,7 @@
 
 #include <sdk/error.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::ingress_ties
 {
 
 namespace
@@ -394,4 +394,4 @@ TEST_F(IngressTieOfSubinterface, OnAPortChannelFailuresNameThePortChannel)
                                        ") failed: " + _shr_errmsg[6] + "\n")});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::ingress_ties

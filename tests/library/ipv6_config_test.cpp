@@ -13,7 +13,7 @@
 
 #include <cstdint>
 
-namespace rtifhal_test
+namespace rtifhal_test::ipv6_config
 {
 
 namespace
@@ -229,4 +229,4 @@ TEST_P(Ipv6ConfigRefused, PositiveAnswersAreRefusalsToo)
 
 INSTANTIATE_TEST_SUITE_P(OnAndOff, Ipv6ConfigRefused, ::testing::Values(1, 0));
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::ipv6_config

@@ -11,7 +11,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::l3_disable_failure
 {
 
 namespace
@@ -45,6 +45,12 @@ protected:
     {
         return {"l3lif_find_lif_from_ifindex(" + other.index() + ") = record",
                 called::ingress_init(), called::unit()};
+    }
+    /** The calls up to the read of the object. */
+    Calls object_read() const
+    {
+        return join({begun(*lif), Calls{READ_INGRESS + "(0, 3) = 0 [ingress=" +
+                                        setter_road::ip4_ingress(Kind::trident) + "]"}});
     }
     static Message number_said(const std::string &number)
     {
@@ -174,7 +180,7 @@ TEST_F(L3DisableFailure, WithoutPropertiesNothingIsWrittenAndItLooksLikeSuccess)
 {
     lif->without_properties();
     EXPECT_EQ(disable(), 0);
-    EXPECT_EQ(calls_of({WRITE_INGRESS}), Calls{});
+    expect_calls(object_read());
     expect_messages({number_said("0x3"), object_said(),
                      report(DISABLE, "l3lif_pi_ctxt is NULL for " + lif->index() + "\n")});
     EXPECT_EQ(flags_in_the_chip(), 0x6U);
@@ -184,6 +190,9 @@ TEST_F(L3DisableFailure, RefusedWriteGivesTheSdksCode)
 {
     fail(WRITE_INGRESS, -6);
     EXPECT_EQ(disable(), -6);
+    expect_calls(
+        join({object_read(), Calls{called::write_ingress(
+                                 "{flags=0x5e2 vrf=1 urpf=0 class=64 ipmc=0 qos=0}", IIF, -6)}}));
     expect_messages({number_said("0x3"), object_said(),
                      report(DISABLE, fmt::format("bcm_l3_ing_create({}) failed: {}\n", lif->hex(),
                                                  _shr_errmsg[6]))});
@@ -214,4 +223,4 @@ TEST_F(L3DisableFailure, CodeWithoutATextOfItsOwnGetsTheLastText)
         DISABLE, fmt::format("bcm_l3_ing_create({}) failed: {}\n", lif->hex(), _shr_errmsg[19]))});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::l3_disable_failure

@@ -7,6 +7,7 @@
  */
 #include "support/property_port_roads.h"
 #include "support/setter_roads.h"
+#include "support/subint_roads.h"
 
 #include <sdk/error.h>
 
@@ -14,7 +15,7 @@
 
 #include <algorithm>
 
-namespace rtifhal_test
+namespace rtifhal_test::l3_disable_mpls
 {
 
 namespace
@@ -98,6 +99,19 @@ protected:
     }
 
     int disable() const { return rtifhal_trident_l3_disable(lif->lif.ifindex); }
+};
+
+/** Subinterface 10 of port 5, whose internal VLAN is the one that it is in, 100. */
+class L3DisableMplsOfSubint : public subint_road::SubintOnPort
+{
+protected:
+    L3DisableMplsOfSubint()
+    {
+        brought_up(*sub);
+        sub->properties.mpls_en = 1;
+        sw.directory.add(sub->get());
+        start();
+    }
 };
 
 } // namespace
@@ -203,6 +217,27 @@ TEST_F(L3DisableMplsOfPort, StepIsMadeForAPortTooAndClosesItsInternalVlan)
     expect_reports({});
 }
 
+TEST_F(L3DisableMplsOfSubint, StepIsMadeForASubinterfaceTooOnItsVlan)
+{
+    EXPECT_EQ(rtifhal_trident_l3_disable(sub->lif.ifindex), 0);
+    expect_calls(join({
+        begun(*sub, Kind::trident),
+        Calls{called::unit(), called::intf_init(), called::intf_init(), called::intf_init(),
+              called::flush(), object_answered(subint_road::object("0x0")),
+              svi_road::cache_asked(100),
+              svi_road::written(100, "{vrf=0 iif=0 flags=0x278 class=0 urpf=0}")},
+        svi_road::written_directly(100, "{vrf=0 iif=0 flags=0xa78 class=0 urpf=0}"),
+        Calls{called::is_port_channel(*main, 0)},
+        subint_road::object_written_again(sub->text()),
+        Calls{called::ingress_init(), called::unit(), called::type(*sub, 26),
+              called::is_port_channel(*main, 0), called::from_cache(IIF), called::trident2(0),
+              called::write_ingress(ip4_ingress(Kind::trident), IIF), called::is_tunnel(*sub, 0),
+              called::is_sub(*sub, 1), closed()},
+    }));
+    expect_reports(
+        {report(CREATE_INTERFACE, "No context set in l3iif for intf " + main->index() + "\n")});
+}
+
 TEST_F(L3DisableMpls, VlanThatTheCacheLacksIsReportedAndTheObjectClosedAllTheSame)
 {
     sw.wrappers.forget_vlan_control(svi_road::VLAN);
@@ -256,4 +291,4 @@ TEST_F(L3DisableMpls, ObjectIsTheOneOfBeforeTheStep)
     EXPECT_EQ(sw.chip.l3_ingresses.find(IIF)->vrf, 1);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::l3_disable_mpls

@@ -15,7 +15,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::l3_disable_object
 {
 
 namespace
@@ -234,4 +234,4 @@ TEST_F(L3DisableOfChannelSubint, OwnRecordTellsTheNumberAndNotThePortChannels)
     expect_calls(road(*sub, "{flags=0x6 vrf=1 urpf=0 class=0 ipmc=0 qos=0}"));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::l3_disable_object

@@ -11,7 +11,7 @@
 
 #include <cstring>
 
-namespace rtifhal_test
+namespace rtifhal_test::l3_interface_create
 {
 
 namespace
@@ -490,4 +490,4 @@ TEST_F(L3InterfaceCreate, NullInterfaceIsRefusedWithoutACall)
     expect_calls({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::l3_interface_create

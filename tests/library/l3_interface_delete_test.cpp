@@ -11,7 +11,7 @@
 
 #include <cstdlib>
 
-namespace rtifhal_test
+namespace rtifhal_test::l3_interface_delete
 {
 
 namespace
@@ -342,4 +342,4 @@ TEST_F(L3InterfaceFinish, NullInterfaceIsRefusedWithoutACall)
     expect_calls({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::l3_interface_delete

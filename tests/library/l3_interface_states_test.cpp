@@ -10,7 +10,7 @@
 
 #include <cstring>
 
-namespace rtifhal_test
+namespace rtifhal_test::l3_interface_states
 {
 
 namespace
@@ -406,4 +406,4 @@ TEST_F(L3InterfaceOfSubinterface, MemberPortOfAPortChannelWorksOnThePortChannelT
     EXPECT_EQ(member->lif.l3lif_pd_ctxt, nullptr);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::l3_interface_states

@@ -16,7 +16,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::l3pc_add
 {
 
 namespace
@@ -488,4 +488,4 @@ TEST_F(MemberOnFastRestart, DefaultRoutesAreThoseOfTheMember)
     EXPECT_TRUE(looked_up[0].starts_with("l3lif_get_iif_for_ifindex_new(" + first->index()));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::l3pc_add

@@ -15,7 +15,7 @@
 
 #include <utility>
 
-namespace rtifhal_test
+namespace rtifhal_test::l3pc_delete
 {
 
 namespace
@@ -428,4 +428,4 @@ TEST_F(MemberDelete, UnitIsThePlatforms)
     EXPECT_EQ(calls().back(), "bcm_l3_intf_get(1, 3) = -3");
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::l3pc_delete

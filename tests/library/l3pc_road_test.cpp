@@ -17,7 +17,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::l3pc_road
 {
 
 namespace
@@ -241,4 +241,4 @@ TEST_F(MemberRoad, PortThatGoesIsUntiedAndTheOtherStaysTied)
     EXPECT_EQ(sw.chip.ports.control(SECOND, 67), 0);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::l3pc_road

@@ -15,7 +15,7 @@
 
 #include <algorithm>
 
-namespace rtifhal_test
+namespace rtifhal_test::l3pc_subinterfaces
 {
 
 namespace
@@ -444,4 +444,4 @@ TEST_F(MemberSubinterfaces, RefusedVlanAfterARefusedDiscardPrintsThatText)
                                                 _shr_errmsg[16]))}));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::l3pc_subinterfaces

@@ -10,7 +10,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::l3pc_trunk
 {
 
 namespace
@@ -292,4 +292,4 @@ TEST_F(TrunkJoin, MemberEntriesRefuseNoInterface)
     expect_messages({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::l3pc_trunk

@@ -19,7 +19,7 @@
 
 #include <map>
 
-namespace rtifhal_test
+namespace rtifhal_test::l3port_add
 {
 
 namespace
@@ -348,4 +348,4 @@ TEST_F(L3PortAdd, HighestPortOfAnIfindexIsHandedOnWithoutWrap)
     });
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::l3port_add

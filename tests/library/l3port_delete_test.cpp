@@ -17,7 +17,7 @@
 
 #include <utility>
 
-namespace rtifhal_test
+namespace rtifhal_test::l3port_delete
 {
 
 namespace
@@ -310,4 +310,4 @@ TEST_F(L3PortDelete, PortBeyondTheTableGoesDownWithoutItsMode)
     expect_reports({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::l3port_delete

@@ -15,7 +15,7 @@
 
 #include <fwm/state.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::l3port_road
 {
 
 namespace
@@ -248,4 +248,4 @@ TEST_F(L3PortRoad, UpAgainOnAFastRestartServesDefaultRoutesToo)
     expect_calls(up_again(*lif, Kind::trident, fast_restart(*lif)));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::l3port_road

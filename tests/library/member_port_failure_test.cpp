@@ -13,7 +13,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::member_port_failure
 {
 
 namespace
@@ -257,4 +257,4 @@ TEST_F(MemberPortFailure, UnitIsThePlatformsInEveryCall)
     }
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::member_port_failure

@@ -21,7 +21,7 @@
 #include <cstring>
 #include <vector>
 
-namespace rtifhal_test
+namespace rtifhal_test::member_port
 {
 
 namespace
@@ -311,4 +311,4 @@ TEST_F(MemberPort, PortBeyondTheBitmapGoesToThePlatformWithoutABit)
                      "fwmpd_bcm_port_stp_set(0, 256, 4) = 0"}));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::member_port

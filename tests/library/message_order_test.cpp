@@ -8,14 +8,13 @@
 #include "support/property_port_roads.h"
 #include "support/restore_roads.h"
 #include "support/setter_roads.h"
+#include "support/woven.h"
 
 #include <sdk/error.h>
 
-#include <algorithm>
-#include <cstddef>
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::message_order
 {
 
 namespace
@@ -38,24 +37,6 @@ const std::string CONTROL = "fwmpd_bcm_port_control_set";
 const std::string FIRST_NODE = "avl_get_first";
 const std::string NEXT_NODE = "avl_get_next";
 const std::string CACHE_PORT = "fwmpd_bcm_set_vlan_pbmp";
-
-/** The messages of one operation, "104 text", among the calls of those functions, by name. */
-Calls woven(const simswitch::Switch &sw, const std::string &operation, const Calls &functions)
-{
-    Calls order;
-    std::size_t next = 0;
-    for (const auto &record : sw.journal.records()) {
-        if (record.function == "fwm_ds_trace_add") {
-            const auto &message = sw.trace.messages().at(next++);
-            if (message.function == operation) {
-                order.push_back(fmt::format("{} {}", message.level, message.text));
-            }
-        } else if (std::ranges::find(functions, record.function) != functions.end()) {
-            order.push_back(record.function);
-        }
-    }
-    return order;
-}
 
 class MessageOrderOfPort : public property_road::PortTest
 {
@@ -237,4 +218,4 @@ TEST_F(MessageOrderOfRestore, SourceFileIsThatOfTheStoresUnit)
     }
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::message_order

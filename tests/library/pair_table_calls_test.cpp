@@ -9,7 +9,7 @@
 
 #include <memory>
 
-namespace rtifhal_test
+namespace rtifhal_test::pair_table_calls
 {
 
 namespace
@@ -115,4 +115,4 @@ TEST_F(PairTableCalls, FaultLeavesTheTableAlone)
     EXPECT_EQ(g_hash_table_size(table.get()), 1U);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::pair_table_calls

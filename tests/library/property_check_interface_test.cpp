@@ -9,7 +9,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::property_check_interface
 {
 
 namespace
@@ -156,4 +156,4 @@ TEST_F(InterfaceCheck, MissingRecordFailsSilentlyWithoutARead)
     expect_messages({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::property_check_interface

@@ -3,7 +3,7 @@
  * property was changed while it was up stands in the chip as one that came up
  * with that property, for every kind of interface and every property. Where a
  * setter writes other things than the add, the table of exceptions says what
- * the chip then holds.
+ * the chip then holds. The same for a new label, and for what stops routing.
  *
  * The calls that lead there are in the other property_*_test.cpp files.
  */
@@ -15,7 +15,7 @@
 #include <ostream>
 #include <tuple>
 
-namespace rtifhal_test
+namespace rtifhal_test::property_chip
 {
 
 namespace
@@ -163,6 +163,12 @@ const std::vector<Change> CHANGES = {
      13,
      0,
      {{"ingress class", 64}}},
+    {"WaitingLabel",
+     as_it_is,
+     [](Properties &p) { p.acl_qos_label_pending = 0x21; },
+     7,
+     0,
+     {{"ingress class", 97}}},
     {"Mtu", as_it_is, [](Properties &p) { p.mtu = 9000; }, 7, 0, {{"interface mtu", 9000}}},
     {"MtuZero",
      [](Properties &p) { p.mtu = 9000; },
@@ -360,6 +366,60 @@ INSTANTIATE_TEST_SUITE_P(Each, PropertyInTheObjects,
                                             ::testing::ValuesIn(CHANGES)),
                          row_name);
 
+/** What no setter takes: a label that comes while the interface is up, and the end of routing. */
+class KindThroughTheChip : public ::testing::TestWithParam<std::tuple<IfKind, Kind>>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Each, KindThroughTheChip,
+                         ::testing::Combine(::testing::Values(IfKind::port, IfKind::port_channel,
+                                                              IfKind::svi, IfKind::port_sub,
+                                                              IfKind::channel_sub, IfKind::tunnel),
+                                            BOTH_CHIPS));
+
+TEST_P(KindThroughTheChip, DisableChangesTheFlagsOfTheIngressObjectAlone)
+{
+    const auto &[kind, chip] = GetParam();
+    Properties properties = ip4_alone();
+    properties.ipv6_en = 1;
+    properties.urpf_mode = 3;
+    properties.class_high_bit = 1;
+    Routed routed(kind, chip, properties);
+    Held expected = routed.held();
+    ASSERT_NE(expected.at("ingress flags"), 0x5E2U);
+    expected["ingress flags"] = 0x5E2;
+    ASSERT_EQ(routed.disable(), 0);
+    EXPECT_EQ(differences(expected, routed.held()), "");
+}
+
+TEST_P(KindThroughTheChip, SetterAfterADisableLeavesWhatItLeavesWithoutOne)
+{
+    const auto &[kind, chip] = GetParam();
+    Held expected;
+    {
+        Routed never(kind, chip, ip4_alone());
+        ASSERT_EQ(never.set(RTIFHAL_PROP_WORD_7, 0), 0);
+        expected = never.held();
+    }
+    Routed routed(kind, chip, ip4_alone());
+    ASSERT_EQ(routed.disable(), 0);
+    ASSERT_EQ(routed.set(RTIFHAL_PROP_WORD_7, 0), 0);
+    EXPECT_EQ(differences(expected, routed.held()), "");
+}
+
+TEST_P(KindThroughTheChip, RelabelLeavesWhatAFreshAddWithThatLabelLeaves)
+{
+    const auto &[kind, chip] = GetParam();
+    Properties properties = ip4_alone();
+    properties.acl_qos_label_pending = 0x21;
+    const Held fresh = Routed(kind, chip, properties).held();
+    EXPECT_EQ(fresh.at("ingress class"), 97U);
+    properties.acl_qos_label_pending = 0;
+    Routed routed(kind, chip, properties);
+    ASSERT_EQ(routed.relabel(0x21), 0);
+    EXPECT_EQ(differences(fresh, routed.held()), "");
+}
+
 TEST(PropertyOfPortChannelThroughTheChip, EachMemberFollowsAndControl11IsOff)
 {
     for (const Kind chip : {Kind::trident, Kind::trident2}) {
@@ -379,4 +439,4 @@ TEST(PropertyOfPortChannelThroughTheChip, EachMemberFollowsAndControl11IsOff)
     }
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::property_chip

@@ -12,7 +12,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::property_port_channel_failure
 {
 
 namespace
@@ -41,6 +41,33 @@ protected:
         return report("rtifhal_l3_intf_create",
                       fmt::format("rtifhal_bcm_l3_intf_create({}) failed: {}\n", main->index(),
                                   _shr_errmsg[6]));
+    }
+    /** The calls up to the walk over the members. */
+    Calls to_members(const std::string &read, const Calls &rewritten, const Calls &ingress) const
+    {
+        return join({Calls{called::unit(), called::intf_init(), called::intf_init(), read},
+                     rewritten, ingress});
+    }
+    Calls ingress_rewritten() const
+    {
+        return channel_ingress_rewritten(*main, Kind::trident, {FIRST, SECOND});
+    }
+    /** The cache hasn't got the ingress object. */
+    Calls ingress_missing() const
+    {
+        return {called::ingress_init(), called::unit(), called::type(*main, 22),
+                called::from_cache(IIF, false)};
+    }
+    /** The first member is written, and the walk goes to the second. */
+    Calls first_written() const
+    {
+        return join({Calls{"avl_get_first(tree) = record", "avl_get_next(tree, node) = record"},
+                     port_asked(*first, FIRST), port_opened(FIRST, IP4_ON)});
+    }
+    Calls both_written() const
+    {
+        return join({first_written(), Calls{"avl_get_next(tree, node) = null"},
+                     port_asked(*second, SECOND), port_opened(SECOND, IP4_ON)});
     }
     static Message cache_report()
     {
@@ -113,9 +140,9 @@ TEST_F(PropertyChannelFailure, RefusedReadIsNotLookedAt)
 {
     fail(READ_INTERFACE, -7);
     EXPECT_EQ(set(), 0);
-    EXPECT_EQ(calls_of({READ_INTERFACE, WRITE_INTERFACE}),
-              (Calls{"bcm_l3_intf_get(0, 3) = -7", object_rewritten(*main).front()}));
-    EXPECT_EQ(controls(), both_opened());
+    expect_calls(join(
+        {to_members("bcm_l3_intf_get(0, 3) = -7", object_rewritten(*main), ingress_rewritten()),
+         both_written()}));
     expect_reports({});
 }
 
@@ -133,13 +160,10 @@ TEST_F(PropertyChannelFailure, RefusedInterfaceIsReportedAndTheRestIsWrittenAllT
     fail(WRITE_INTERFACE, -6);
     EXPECT_EQ(set(), 0);
     expect_calls(
-        join({Calls{called::unit(), called::intf_init(), called::intf_init(), object_read(),
-                    fmt::format("{}(0, {}) = -6", WRITE_INTERFACE, object("0x140"))},
-              channel_ingress_rewritten(*main, Kind::trident, {FIRST, SECOND}),
-              Calls{"avl_get_first(tree) = record", "avl_get_next(tree, node) = record"},
-              port_asked(*first, FIRST), port_opened(FIRST, IP4_ON),
-              Calls{"avl_get_next(tree, node) = null"}, port_asked(*second, SECOND),
-              port_opened(SECOND, IP4_ON)}));
+        join({to_members(object_read(),
+                         Calls{fmt::format("{}(0, {}) = -6", WRITE_INTERFACE, object("0x140"))},
+                         ingress_rewritten()),
+              both_written()}));
     expect_reports({refused_object_report(), report(SET_CHANNEL, "int create(3) failed\n")});
 }
 
@@ -147,8 +171,8 @@ TEST_F(PropertyChannelFailure, IngressObjectThatTheCacheLacksIsReportedAndThePor
 {
     fail(FROM_CACHE, -1);
     EXPECT_EQ(set(), 0);
-    EXPECT_EQ(calls_of({WRITE_INTERFACE, WRITE_INGRESS, PORT_CONTROL}),
-              join({Calls{object_rewritten(*main).front()}, both_opened()}));
+    expect_calls(join(
+        {to_members(object_read(), object_rewritten(*main), ingress_missing()), both_written()}));
     expect_reports({cache_report(), report(SET_CHANNEL, "ing create(3) failed\n")});
 }
 
@@ -201,8 +225,12 @@ TEST_F(PropertyChannelFailure, WalkEndsRightBehindTheFailedLookUp)
     file_member(*third);
     fail_when("if_index_get_type", second->index(), -1);
     EXPECT_EQ(set(), -1);
-    EXPECT_EQ(calls_after(calls(), port_opened(FIRST, IP4_ON).back()),
-              (Calls{"avl_get_next(tree, node) = record", called::no_type(*second)}));
+    expect_calls(join({to_members(object_read(), object_rewritten(*main), ingress_rewritten()),
+                       first_written(),
+                       Calls{"avl_get_next(tree, node) = record", called::no_type(*second)}}));
+    expect_messages(
+        join({object_rewritten_messages(*main), channel_ingress_rewritten_messages(*main),
+              Messages{trace(SET_CHANNEL, " L3PC member - 5\n"), no_port()}}));
 }
 
 TEST_F(PropertyChannelFailure, FirstMemberWithoutAPortLeavesAllControlsAsTheyWere)
@@ -259,4 +287,4 @@ TEST_F(PropertyChannelFailure, NothingIsUndone)
     EXPECT_EQ(main->record()->l3intf_id, IIF);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::property_port_channel_failure

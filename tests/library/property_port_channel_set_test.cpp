@@ -15,7 +15,7 @@
 
 #include <map>
 
-namespace rtifhal_test
+namespace rtifhal_test::property_port_channel_set
 {
 
 namespace
@@ -290,4 +290,4 @@ TEST_F(PropertyOfPortChannel, SecondSetRepeatsTheWholeRoad)
     expect_calls(join({objects(Kind::trident), both_members({1, 0, 0, 0, 0})}));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::property_port_channel_set

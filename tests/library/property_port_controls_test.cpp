@@ -7,7 +7,7 @@
  */
 #include "support/property_port_roads.h"
 
-namespace rtifhal_test
+namespace rtifhal_test::property_port_controls
 {
 
 namespace
@@ -248,4 +248,4 @@ TEST_F(PropertyPortControls, RefusedOnesAreNotLookedAt)
     expect_reports({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::property_port_controls

@@ -14,7 +14,7 @@
 
 #include <algorithm>
 
-namespace rtifhal_test
+namespace rtifhal_test::property_port_failure
 {
 
 namespace
@@ -162,10 +162,11 @@ TEST_F(PropertyPortFailure, UnknownPortAtTheSecondLookUpLeavesControlsAndIngress
 {
     fail("if_index_get_port", -1, 2);
     EXPECT_EQ(set(), -1);
-    EXPECT_EQ(calls().back(), fmt::format("if_index_get_port({}) = -1", lif->index()));
-    EXPECT_EQ(calls_of({PORT_CONTROL, WRITE_INGRESS}), Calls{});
-    EXPECT_EQ(calls_of({WRITE_INTERFACE}).size(), 1U);
-    expect_reports({no_port()});
+    expect_calls(join(
+        {to_second_look_up(object_rewritten(*lif)),
+         Calls{called::type(*lif, 26), fmt::format("if_index_get_port({}) = -1", lif->index())}}));
+    expect_messages(
+        join({Messages{entered()}, object_rewritten_messages(*lif), Messages{no_port()}}));
 }
 
 TEST_F(PropertyPortFailure, RefusedReadIsNotLookedAt)
@@ -259,4 +260,4 @@ TEST_F(PropertyPortFailure, NothingIsUndone)
     EXPECT_EQ(sw.chip.ports.control(PORT, 67), IIF);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::property_port_failure

@@ -13,7 +13,7 @@
 
 #include <map>
 
-namespace rtifhal_test
+namespace rtifhal_test::property_port_set
 {
 
 namespace
@@ -183,4 +183,4 @@ TEST_F(PropertyOfPort, NumberAndRecordStayAsTheyAre)
     EXPECT_FALSE(in_use(IIF + 1));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::property_port_set

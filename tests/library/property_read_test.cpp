@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::property_read
 {
 
 namespace
@@ -261,4 +261,4 @@ TEST_F(PropertyRead, ByVlanMissingPropertiesZeroTheValue)
     expect_messages({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::property_read

@@ -18,7 +18,7 @@
 
 #include <algorithm>
 
-namespace rtifhal_test
+namespace rtifhal_test::property_subint
 {
 
 namespace
@@ -349,4 +349,4 @@ TEST_F(PropertyOfSubint, IngressObjectThatTheChipRefusesIsNoFailureOfItsCreate)
                                                           sub->hex(), _shr_errmsg[6]))});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::property_subint

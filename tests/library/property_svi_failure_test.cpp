@@ -14,7 +14,7 @@
 
 #include <algorithm>
 
-namespace rtifhal_test
+namespace rtifhal_test::property_svi_failure
 {
 
 namespace
@@ -319,4 +319,4 @@ TEST_F(PropertySviFailure, NothingIsUndone)
     EXPECT_EQ(sw.chip.l3_ingresses.find(IIF)->vrf, 1);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::property_svi_failure

@@ -9,7 +9,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::property_svi_flags
 {
 
 namespace
@@ -192,4 +192,4 @@ TEST_F(PropertySviFlags, RestOfTheVlansRecordStaysAndGoesToTheChip)
     EXPECT_EQ(in_the_chip().rest[32], 0xBBBBU);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::property_svi_flags

@@ -13,7 +13,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::property_svi_set
 {
 
 namespace
@@ -199,4 +199,4 @@ TEST_F(PropertyOfSvi, NumberRecordAndStateStayAsTheyAre)
     EXPECT_EQ(cached().vc_class, 6U);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::property_svi_set

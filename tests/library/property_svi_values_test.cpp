@@ -10,7 +10,7 @@
 
 #include <array>
 
-namespace rtifhal_test
+namespace rtifhal_test::property_svi_values
 {
 
 namespace
@@ -255,4 +255,4 @@ TEST_F(PropertySviValue, WaitingLabelIsTakenUpWhicheverPropertyIsSet)
     EXPECT_EQ(class_in_the_chip(), 0x61);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::property_svi_values

@@ -16,7 +16,7 @@
 
 #include <algorithm>
 
-namespace rtifhal_test
+namespace rtifhal_test::property_tunnel
 {
 
 namespace
@@ -276,4 +276,4 @@ TEST_F(PropertyOfTunnel, IngressObjectThatTheChipRefusesIsNoFailureOfItsCreate)
                                                        lif->hex(), _shr_errmsg[6]))});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::property_tunnel

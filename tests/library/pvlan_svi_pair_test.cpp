@@ -13,7 +13,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::pvlan_pair
 {
 
 namespace
@@ -353,4 +353,4 @@ TEST_F(PvlanSviPair, KeyAndValueAreTheSameRecord)
     EXPECT_TRUE(sw.heap.is_live(value));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::pvlan_pair

@@ -15,7 +15,7 @@
 
 #include <ostream>
 
-namespace rtifhal_test
+namespace rtifhal_test::pvlan_svi_secondary
 {
 
 namespace
@@ -325,4 +325,4 @@ TEST_F(PvlanSviSecondary, WordsAreCutToAVlanWhereACallTakesOne)
     expect_calls(taken_back_in_two_writes(PRIMARY, SECONDARY, OLD_IIF, 0x40));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::pvlan_svi_secondary

@@ -14,7 +14,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::pvlan_svi_stations
 {
 
 namespace
@@ -406,4 +406,4 @@ TEST_F(PvlanSviStations, UnitIsThePlatforms)
               Calls{"bcm_l2_station_add(1, " + on(SECONDARY) + ") = -3"});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::pvlan_svi_stations

@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace rtifhal_test
+namespace rtifhal_test::record_layout
 {
 
 namespace
@@ -76,4 +76,4 @@ TEST(RecordLayout, NumberTables)
     EXPECT_EQ(sizeof(l3iif_bitmap_t), 4U + 1024U);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::record_layout

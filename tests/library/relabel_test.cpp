@@ -9,7 +9,7 @@
 
 #include <fwmpd/l3_cache.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::relabel
 {
 
 namespace
@@ -197,4 +197,4 @@ TEST_F(Relabel, SubinterfaceOfAPortChannelKeepsTheLabelInItsOwnRecord)
                    called::write_ingress("{flags=0x6 vrf=1 urpf=0 class=64 ipmc=0 qos=0}", IIF)}));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::relabel

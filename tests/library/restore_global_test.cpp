@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::restore_global
 {
 
 namespace
@@ -225,4 +225,4 @@ TEST_F(RestoreGlobals, FastRestartChangesNothing)
     expect_messages(first_messages(0));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::restore_global

@@ -8,7 +8,7 @@
 
 #include <cstring>
 
-namespace rtifhal_test
+namespace rtifhal_test::restore_interface
 {
 
 namespace
@@ -395,4 +395,4 @@ TEST_F(RestoreInterface, StateIsLeftToTheAdd)
     EXPECT_EQ(lif->record()->l3intf_id, IIF);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::restore_interface

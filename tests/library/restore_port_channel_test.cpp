@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::restore_port_channel
 {
 
 namespace
@@ -205,4 +205,4 @@ TEST_F(RestorePortChannel, SubinterfaceTakesItsOwnNumberAndNotItsMainInterfaces)
     EXPECT_EQ(all_in_use(), "0-2 8 3584-8191");
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::restore_port_channel

@@ -18,7 +18,7 @@
 
 #include <cstring>
 
-namespace rtifhal_test
+namespace rtifhal_test::restore_road
 {
 
 namespace
@@ -260,4 +260,4 @@ TEST_F(RestoreSviRoad, CachedRecordIsWhatTheLastProcessLeftInTheChip)
     EXPECT_EQ(chip::changes(before, chip::snapshot(sw.chip)), Calls{});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::restore_road

@@ -8,7 +8,7 @@
 
 #include <cstring>
 
-namespace rtifhal_test
+namespace rtifhal_test::restore_svi
 {
 
 namespace
@@ -235,4 +235,4 @@ TEST_F(RestoreSvi, HeldBackNumberIsInUseAgain)
     EXPECT_EQ(cached().vc_ingress_if, 50U);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::restore_svi

@@ -7,7 +7,7 @@
 #include <fwm/state.h>
 #include <sdk/error.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::router_mac
 {
 
 namespace
@@ -215,4 +215,4 @@ TEST_F(RouterMac, DeleteOfOneOfTwoClosesTheCpuPortUntilTheNextAdd)
     EXPECT_EQ(cpu_port_routing(), "IPv4 1 IPv6 1");
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::router_mac

@@ -5,7 +5,7 @@
 #include "support/library_test.h"
 #include "support/lif.h"
 
-namespace rtifhal_test
+namespace rtifhal_test::store
 {
 
 namespace
@@ -116,4 +116,4 @@ TEST_F(Store, RefusedStoreOfTheGlobalConfigurationIsHandedUpWithoutAMessage)
     }
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::store

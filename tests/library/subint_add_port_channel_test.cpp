@@ -14,7 +14,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::subint_add_port_channel
 {
 
 namespace
@@ -334,4 +334,4 @@ TEST_F(SubintAddOnPortChannel, RefusedKeyOfTheLastMemberStopsTheAdd)
     EXPECT_EQ(reports().back(), failed_on(9));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::subint_add_port_channel

@@ -14,7 +14,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::subint_add
 {
 
 namespace
@@ -491,4 +491,4 @@ TEST_F(SubintAdd, PortWithAnObjectMadeBeforeTranslatesWithTheIdHandedIn)
     EXPECT_EQ(calls_of({TRANSLATE}), Calls{translated(MODULE_PORT_5, 9).back()});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::subint_add

@@ -11,7 +11,7 @@
 
 #include "chip/translation_lookup.h"
 
-namespace rtifhal_test
+namespace rtifhal_test::subint_chip
 {
 
 namespace
@@ -177,4 +177,4 @@ TEST_F(SubintOnMembers, TrunkThatCantBeReadLeavesTheChipWithVlanAndTranslation)
     EXPECT_EQ(sub->lif.lif_state, 4U);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::subint_chip

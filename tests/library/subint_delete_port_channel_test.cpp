@@ -12,7 +12,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::subint_delete_port_channel
 {
 
 namespace
@@ -258,4 +258,4 @@ TEST_F(SubintDeleteOnPortChannel, AlreadyDownIsFinishedForGoodWithoutTheTrunk)
     EXPECT_EQ(sub->lif.l3lif_pd_ctxt, nullptr);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::subint_delete_port_channel

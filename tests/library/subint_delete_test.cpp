@@ -14,7 +14,7 @@
 
 #include <utility>
 
-namespace rtifhal_test
+namespace rtifhal_test::subint_delete
 {
 
 namespace
@@ -364,4 +364,4 @@ TEST_F(SubintDelete, SubinterfaceWithoutAContextFailsInTheInterfaceStep)
     EXPECT_EQ(other->lif.lif_state, 0U);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::subint_delete

@@ -10,7 +10,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::subint_port_controls
 {
 
 namespace
@@ -182,4 +182,4 @@ TEST_F(SubintPortControlsOfMembers, EachMembersComeBackBeforeItsDelete)
                      "bcm_port_control_set(0, 9, 9, 0", "fwmpd_bcm_vlan_port_remove(0, 100, {9}"}));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::subint_port_controls

@@ -17,7 +17,7 @@
 
 #include <utility>
 
-namespace rtifhal_test
+namespace rtifhal_test::svi_add
 {
 
 namespace
@@ -360,8 +360,24 @@ TEST_F(SviAdd, EveryStepFailingStillRunsToTheEnd)
     fail("fwmpd_bcm_vlan_block_set", -4);
     fail("rtifhal_bcm_l3_intf_create", -4);
     EXPECT_EQ(step_add(), -1);
-    EXPECT_EQ(reports().size(), 6U);
-    EXPECT_EQ(calls().back(), "sysmgr_is_fastboot_restart() = 0");
+    EXPECT_EQ(calls_after(calls(), use_taken(-4).back()),
+              join({Calls{called::inband_init(),
+                          fmt::format("malloc({}) = record", sizeof(l3lif_pd_ctxt)),
+                          fmt::format("malloc({}) = record", sizeof(l3_pd)),
+                          "rtifhal_bcm_l3_intf_create(0, " + object("0x40") + ") = -4",
+                          called::inband_init(), called::ingress_init(), called::unit(),
+                          called::type(*lif, 9)},
+                    not_mirrored(), ordinary_end()}));
+    expect_reports(join({
+        Messages{report(
+            SVI_ADD, fmt::format("bcm_vlan_control_vlan_set(100) failed: {}\n", _shr_errmsg[4]))},
+        use_refused(SVI_ADD),
+        Messages{report("rtifhal_l3_intf_create",
+                        fmt::format("rtifhal_bcm_l3_intf_create(0x30000064) failed: {}\n",
+                                    _shr_errmsg[4])),
+                 report(SVI_ADD, "itf create(100) failed\n"),
+                 report(SVI_ADD, "ing create(100) failed\n")},
+    }));
 }
 
 TEST_F(SviAdd, UnitIsThePlatforms)
@@ -372,4 +388,4 @@ TEST_F(SviAdd, UnitIsThePlatforms)
                               controls(0, 0, ROUTED_IP4, 2) + ") = -3");
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::svi_add

@@ -8,7 +8,7 @@
 #include "support/misread.h"
 #include "support/svi_roads.h"
 
-namespace rtifhal_test
+namespace rtifhal_test::svi_delete
 {
 
 namespace
@@ -235,4 +235,4 @@ TEST_F(SviDelete, RoutedUseOfTheVlanStays)
     EXPECT_EQ(sw.journal.count("fwmpd_bcm_vlan_destroy"), 0U);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::svi_delete

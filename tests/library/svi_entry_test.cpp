@@ -10,7 +10,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::svi_entry
 {
 
 namespace
@@ -197,4 +197,4 @@ TEST_F(SviEntry, FinalDeleteOfOneThatIsDownReturnsTheIngressObjectsCode)
     EXPECT_EQ(lif->lif.l3lif_pd_ctxt, nullptr);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::svi_entry

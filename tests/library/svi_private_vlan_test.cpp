@@ -11,7 +11,7 @@
 
 #include <functional>
 
-namespace rtifhal_test
+namespace rtifhal_test::svi_private_vlan
 {
 
 namespace
@@ -156,6 +156,33 @@ TEST_F(SviPrivateVlan, TableThatWasNeverMadeIsHandedOver)
     expect_reports({});
 }
 
+TEST_F(SviPrivateVlan, PrimaryAsItsOwnSecondaryOpensAllFamiliesAndKeepsItsInterface)
+{
+    announced({{VLAN, VLAN}});
+    EXPECT_EQ(add(), 0);
+    EXPECT_EQ(mirroring(),
+              join({Calls{fhrp_road::WALK, cache_asked(VLAN), cache_asked(VLAN), called::unit(),
+                          written(VLAN, controls(1, IIF, 0x400200, 6))},
+                    written_directly(VLAN, controls(1, IIF, 0x400A00, 6)), ordinary_end(),
+                    ingress_and_egress_added(*lif)}));
+    expect_reports({});
+}
+
+TEST_F(SviPrivateVlan, PrimaryAsItsOwnSecondaryIsSettledWithoutTheSviThatGoes)
+{
+    announced({{VLAN, VLAN}});
+    is_up();
+    EXPECT_EQ(del(), 0);
+    // Closed before: the first write has nothing to settle.
+    EXPECT_EQ(
+        mirroring(),
+        join({Calls{fhrp_road::WALK, cache_asked(VLAN), cache_asked(VLAN), called::unit(),
+                    cache_asked(VLAN), called::flush(), written(VLAN, controls(1, 0, 0x400278, 0))},
+              written_directly(VLAN, controls(1, 0, 0x400A78, 0)), object_deleted(),
+              record_released(), Calls{called::unstore(*lif), vlan_stored(VLAN)}}));
+    expect_reports({});
+}
+
 TEST_F(SviPrivateVlan, SecondaryIsNotWalked)
 {
     all_announced();
@@ -234,4 +261,4 @@ TEST_F(SviPrivateVlan, VisitorHandsTheFiltersFlagOn)
     expect_calls(mirrored(VLAN, SECONDARY, 0, 0x240));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::svi_private_vlan

@@ -15,7 +15,7 @@
 
 #include <algorithm>
 
-namespace rtifhal_test
+namespace rtifhal_test::svi_road
 {
 
 namespace
@@ -249,4 +249,4 @@ TEST_F(SviRoad, VlanThatNobodyElseUsesIsResetByTheAddAndGoesWithTheDelete)
     EXPECT_EQ(sw.chip.vlans.find(VLAN), nullptr);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::svi_road

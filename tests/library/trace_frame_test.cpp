@@ -16,7 +16,7 @@
 #include <climits>
 #include <cstdio>
 
-namespace rtifhal_test
+namespace rtifhal_test::trace_frame
 {
 
 namespace
@@ -404,4 +404,4 @@ TEST_F(SmallHelpers, InterfaceWithoutRecordContextOrPointerIsNotDeleted)
     expect_messages({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::trace_frame

@@ -14,7 +14,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::tunnel_add
 {
 
 namespace
@@ -376,4 +376,4 @@ TEST_F(TunnelAdd, FailedEgressStepHandsItsValueUp)
     });
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::tunnel_add

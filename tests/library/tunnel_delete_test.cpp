@@ -16,7 +16,7 @@
 
 #include <utility>
 
-namespace rtifhal_test
+namespace rtifhal_test::tunnel_delete
 {
 
 namespace
@@ -279,4 +279,4 @@ TEST_F(TunnelDelete, EntryReportsEachFailedStepAndGoesOn)
     });
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::tunnel_delete

@@ -19,7 +19,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::vlan_create
 {
 
 using namespace vlan_road;
@@ -348,4 +348,4 @@ TEST_F(VlanCreate, ChipHoldsTheVlanAfterTheRequest)
     EXPECT_EQ(sw.chip.vlans.find(ROUTED)->untagged.text(), "{5}");
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::vlan_create

@@ -13,7 +13,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::vlan_delete
 {
 
 using namespace vlan_road;
@@ -308,4 +308,4 @@ TEST_F(VlanDelete, VlanBeyondTheTableThatThePlatformTakesClearsNoBit)
     EXPECT_TRUE(holds(PORT, ROUTED));
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::vlan_delete

@@ -7,7 +7,7 @@
 
 #include "rtifhal_kelvo_trident/vlan/vlan.h"
 
-namespace rtifhal_test
+namespace rtifhal_test::vlan_mode
 {
 
 namespace
@@ -102,4 +102,4 @@ TEST_F(PortMode, SwitchesAnswerForPortsOfTheChipOnly)
                   "bcm_vlan_control_port_set(0, -1, 4, 1) = -4"});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::vlan_mode

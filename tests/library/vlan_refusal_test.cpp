@@ -14,7 +14,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::vlan_refusal
 {
 
 using namespace vlan_road;
@@ -197,4 +197,4 @@ TEST_F(VlanRefusal, PositiveAnswersOfThePortStepsAreNoRefusals)
     expect_reports({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::vlan_refusal

@@ -14,7 +14,7 @@
 
 #include <fmt/format.h>
 
-namespace rtifhal_test
+namespace rtifhal_test::vlan_xlate
 {
 
 namespace
@@ -194,4 +194,4 @@ TEST(GenericPort, OnlyAModulePortHasAPort)
     EXPECT_EQ(port_of_gport(static_cast<bcm_gport_t>(0x88000005)), -1);
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::vlan_xlate

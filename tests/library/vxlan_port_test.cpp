@@ -7,7 +7,7 @@
 #include <array>
 #include <cstring>
 
-namespace rtifhal_test
+namespace rtifhal_test::vxlan_port
 {
 
 namespace
@@ -179,4 +179,4 @@ TEST_F(VxlanPort, DeleteHandsThePlatformLayersAnswerBack)
     expect_messages({});
 }
 
-} // namespace rtifhal_test
+} // namespace rtifhal_test::vxlan_port

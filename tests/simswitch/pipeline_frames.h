@@ -4,6 +4,8 @@
  */
 #pragma once
 
+#include "support/numbers.h"
+
 #include "chip/pipeline/frame.h"
 
 #include <string>
@@ -19,20 +21,7 @@ inline constexpr Mac HOST_MAC = {0x00, 0xaa, 0xbb, 0xcc, 0xdd, 0x01};
 inline constexpr Mac OTHER_MAC = {0x00, 0xaa, 0xbb, 0xcc, 0xdd, 0x02};
 inline constexpr Mac BROADCAST = {0xff, 0xff, 0xff, 0xff, 0xff, 0xff};
 
-/** Numbers that look random and are the same in every run. */
-class Numbers
-{
-public:
-    explicit Numbers(std::uint32_t seed) : state_(seed) {}
-    std::uint32_t operator()()
-    {
-        state_ = state_ * 6364136223846793005U + 1442695040888963407U;
-        return static_cast<std::uint32_t>(state_ >> 32);
-    }
-
-private:
-    std::uint64_t state_;
-};
+using rtifhal_test::Numbers;
 
 /** "10.0.0.1" or "2001:db8::1" as an address. */
 Address address(const std::string &text);

@@ -19,15 +19,6 @@ namespace
 
 constexpr std::size_t CONFIG_OFFSET = 44;
 
-std::unique_ptr<Lif> routed(std::uint32_t ifindex)
-{
-    auto made = std::make_unique<Lif>(ifindex);
-    made->properties.ipv4_en = 1;
-    made->properties.vrf = 1;
-    made->properties.mtu = 1500;
-    return made;
-}
-
 std::size_t byte_of(unsigned iif)
 {
     return iif / 8;

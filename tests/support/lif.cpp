@@ -26,15 +26,6 @@ template <class Record> Record *zeroed()
     return static_cast<Record *>(std::memset(memory, 0, sizeof(Record)));
 }
 
-std::unique_ptr<Lif> routed(std::uint32_t ifindex)
-{
-    auto made = std::make_unique<Lif>(ifindex);
-    made->properties.ipv4_en = 1;
-    made->properties.vrf = 1;
-    made->properties.mtu = 1500;
-    return made;
-}
-
 } // namespace
 
 Lif::Lif(std::uint32_t ifindex)
@@ -108,6 +99,15 @@ std::string Lif::hex() const
 std::string Lif::decimal() const
 {
     return fmt::format("{}", static_cast<int>(lif.ifindex));
+}
+
+std::unique_ptr<Lif> routed(std::uint32_t ifindex)
+{
+    auto made = std::make_unique<Lif>(ifindex);
+    made->properties.ipv4_en = 1;
+    made->properties.vrf = 1;
+    made->properties.mtu = 1500;
+    return made;
 }
 
 std::unique_ptr<Lif> port(unsigned sdk_port)

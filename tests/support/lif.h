@@ -57,9 +57,11 @@ private:
     void drop_context();
 };
 
-/** The routed port of an SDK port number, from 1: IPv4 on, VRF 1, MTU 1500. */
+/** An interface of any kind that routes: IPv4 on, VRF 1, MTU 1500. */
+std::unique_ptr<Lif> routed(std::uint32_t ifindex);
+/** The routed port of an SDK port number, from 1. */
 std::unique_ptr<Lif> port(unsigned sdk_port);
-/** A tunnel interface: VRF 1, MTU 1500. */
+/** A tunnel interface. */
 std::unique_ptr<Lif> tunnel(unsigned number);
 
 } // namespace rtifhal_test

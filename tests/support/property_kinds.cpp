@@ -221,6 +221,22 @@ int Routed::set(std::uint32_t property, std::uint32_t value)
     return code;
 }
 
+int Routed::relabel(std::uint16_t label)
+{
+    sw_.directory.add(subject_->get());
+    const int code = rtifhal_upd_classid(label, subject_->lif.ifindex);
+    sw_.end_request();
+    return code;
+}
+
+int Routed::disable()
+{
+    sw_.directory.add(subject_->get());
+    const int code = rtifhal_trident_l3_disable(subject_->lif.ifindex);
+    sw_.end_request();
+    return code;
+}
+
 Held Routed::held() const
 {
     Held held;

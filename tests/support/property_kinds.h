@@ -48,6 +48,10 @@ public:
     l3lif_pi_ctxt &properties() { return subject_->properties; }
     /** Calls the setter of its kind and ends the request; the arguments are those of an SVI's. */
     int set(std::uint32_t property, std::uint32_t value);
+    /** Gives it another class label and ends the request. */
+    int relabel(std::uint16_t label);
+    /** Stops it from routing and ends the request. */
+    int disable();
     /** What the chip holds. */
     Held held() const;
 
