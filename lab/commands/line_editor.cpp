@@ -18,6 +18,7 @@
 #include <poll.h>
 #include <stdexcept>
 #include <sys/ioctl.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -139,8 +140,10 @@ std::string in_columns(const std::vector<std::string> &words, std::size_t width)
 struct LineEditor::Parts {
     std::string prompt;
     Completer completer;
+    std::filesystem::path history_file;
+    bool has_new_lines = false;
     std::unique_ptr<EditLine, EditorEnd> editor;
-    std::unique_ptr<History, HistoryEnd> history;
+    std::unique_ptr<History, HistoryEnd> lines;
     InterruptsWaits interrupts;
 
     static Parts &of(EditLine *editor)
@@ -150,9 +153,35 @@ struct LineEditor::Parts {
         return *parts;
     }
 
+    void load_history();
+    void save_history() const;
     unsigned char complete();
     void insert(const session::Completion &completion, const session::Unfinished &at);
 };
+
+void LineEditor::Parts::load_history()
+{
+    HistEvent event = {};
+    if (!history_file.empty()) {
+        history(lines.get(), &event, H_LOAD, history_file.c_str());
+    }
+}
+
+/** In place of the file that is there, at once: another shell may end at the same moment. */
+void LineEditor::Parts::save_history() const
+{
+    if (history_file.empty() || !has_new_lines) {
+        return;
+    }
+    std::error_code error;
+    std::filesystem::create_directories(history_file.parent_path(), error);
+    const std::string whole = fmt::format("{}.{}", history_file.string(), getpid());
+    HistEvent event = {};
+    if (history(lines.get(), &event, H_SAVE, whole.c_str()) >= 0) {
+        std::filesystem::rename(whole, history_file, error);
+    }
+    std::filesystem::remove(whole, error);
+}
 
 /** Puts the one word in, or what all of them share. */
 void LineEditor::Parts::insert(const session::Completion &completion, const session::Unfinished &at)
@@ -190,14 +219,16 @@ unsigned char LineEditor::Parts::complete()
     return CC_REDISPLAY;
 }
 
-LineEditor::LineEditor(std::string prompt, Completer completer) : parts_(new Parts)
+LineEditor::LineEditor(std::string prompt, Completer completer, std::filesystem::path history_file)
+    : parts_(new Parts)
 {
     std::setlocale(LC_CTYPE, "");
     parts_->prompt = std::move(prompt);
     parts_->completer = std::move(completer);
+    parts_->history_file = std::move(history_file);
     parts_->editor.reset(el_init("rtif", stdin, stdout, stderr));
-    parts_->history.reset(history_init());
-    if (!parts_->editor || !parts_->history) {
+    parts_->lines.reset(history_init());
+    if (!parts_->editor || !parts_->lines) {
         throw std::runtime_error("rtif: the terminal can't be used");
     }
     EditLine *editor = parts_->editor.get();
@@ -208,9 +239,10 @@ LineEditor::LineEditor(std::string prompt, Completer completer) : parts_(new Par
     el_set(editor, EL_GETCFN, read_character);
     el_set(editor, EL_EDITOR, "emacs");
     HistEvent event = {};
-    history(parts_->history.get(), &event, H_SETSIZE, HISTORY_LINES);
-    history(parts_->history.get(), &event, H_SETUNIQUE, 1);
-    el_set(editor, EL_HIST, history, parts_->history.get());
+    history(parts_->lines.get(), &event, H_SETSIZE, HISTORY_LINES);
+    history(parts_->lines.get(), &event, H_SETUNIQUE, 1);
+    parts_->load_history();
+    el_set(editor, EL_HIST, history, parts_->lines.get());
     el_set(editor, EL_ADDFN, "complete", "completes the word at the cursor",
            static_cast<unsigned char (*)(EditLine *, int)>(
                [](EditLine *from, int) { return Parts::of(from).complete(); }));
@@ -218,7 +250,10 @@ LineEditor::LineEditor(std::string prompt, Completer completer) : parts_(new Par
     el_set(editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
 }
 
-LineEditor::~LineEditor() = default;
+LineEditor::~LineEditor()
+{
+    parts_->save_history();
+}
 
 std::optional<std::string> LineEditor::next()
 {
@@ -239,7 +274,8 @@ std::optional<std::string> LineEditor::next()
         line.erase(line.find_last_not_of('\n') + 1);
         if (line.find_first_not_of(" \t") != std::string::npos) {
             HistEvent event = {};
-            history(parts_->history.get(), &event, H_ENTER, line.c_str());
+            history(parts_->lines.get(), &event, H_ENTER, line.c_str());
+            parts_->has_new_lines = true;
         }
         return line;
     }

@@ -7,6 +7,7 @@
 #include "session/complete.h"
 
 #include <cstddef>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -23,8 +24,12 @@ public:
     /** Completes what stands before the cursor. */
     using Completer = std::function<session::Completion(std::string_view line)>;
 
-    /** @throws std::runtime_error when the terminal can't be used */
-    LineEditor(std::string prompt, Completer completer);
+    /**
+     * @param history_file  lines of earlier sessions, to which those of this one are added at its
+     *                      end; empty, or one that can't be used: none
+     * @throws std::runtime_error when the terminal can't be used
+     */
+    LineEditor(std::string prompt, Completer completer, std::filesystem::path history_file = {});
     ~LineEditor();
     LineEditor(const LineEditor &) = delete;
     LineEditor &operator=(const LineEditor &) = delete;

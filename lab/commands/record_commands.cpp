@@ -29,7 +29,9 @@ Command add_replay(CLI::App &app)
     const auto parsed = std::make_shared<Parsed>();
     CLI::App *replay = app.add_subcommand(
         "replay", "Runs the requests of a recording again and shows the first difference");
-    replay->add_option("recording", parsed->recording, "What `rtif up --record FILE` has written")
+    replay
+        ->add_option("recording", parsed->recording,
+                     "What up, run or shell has written with --record FILE")
         ->required()
         ->type_name("FILE");
     replay
@@ -62,7 +64,7 @@ Command add_diff(CLI::App &app)
     CLI::App *diff =
         app.add_subcommand("diff", "Compares two recordings request by request: of two chips, of "
                                    "two versions, of two configurations");
-    diff->add_option("A", parsed->before, "What `rtif up --record FILE` has written")
+    diff->add_option("A", parsed->before, "What up, run or shell has written with --record FILE")
         ->required()
         ->type_name("FILE");
     diff->add_option("B", parsed->after, "Another recording")->required()->type_name("FILE");

@@ -1,7 +1,7 @@
 /*
  * recordings.h: the commands `rtif replay` and `rtif diff`: a recording run
  * again, and two of them beside each other. record/recording.h has what a
- * recording is; `rtif up --record` makes one.
+ * recording is; up, run and shell make one with --record.
  */
 #pragma once
 

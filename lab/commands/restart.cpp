@@ -8,6 +8,7 @@
 #include "config/reader.h"
 #include "l3lif/restart_routes.h"
 #include "l3lif/restart_state.h"
+#include "l3lif/shown_calls.h"
 #include "report/restart_json.h"
 #include "report/restart_text.h"
 
@@ -64,9 +65,7 @@ void print(const RestartOptions &options, const report::RestartReport &report, s
 int restart(const RestartOptions &options, std::ostream &out)
 {
     const auto hardware = l3lif::open_saved(options.state_dir);
-    if (!options.view.wants_requests()) {
-        l3lif::keep_errors_only(*hardware);
-    }
+    const l3lif::ShownCalls shown(*hardware, options.view.calls, options.view.trace);
     return restart_on(*hardware, options, out);
 }
 

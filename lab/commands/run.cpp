@@ -3,7 +3,9 @@
  */
 #include "commands/run.h"
 
+#include "commands/session_recording.h"
 #include "config/shown.h"
+#include "l3lif/shown_calls.h"
 #include "session/errors.h"
 #include "session/line_reader.h"
 #include "session/session.h"
@@ -35,12 +37,7 @@ constexpr std::string_view BYTE_ORDER_MARK = "\xef\xbb\xbf";
 /** A line as it is told: without its comment, its words one blank apart. */
 std::string as_told(const std::string &line)
 {
-    std::string text;
-    for (const std::string &word : session::split(line)) {
-        text += text.empty() ? "" : " ";
-        text += session::as_written(word);
-    }
-    return text;
+    return session::as_written(session::split(line));
 }
 
 /** The same of a line that may be none at all, whose place is told in any case. */
@@ -94,6 +91,8 @@ public:
     }
     /** What the next process is told, where the script has ended in a restart. */
     const std::optional<Restarted> &next() const { return next_; }
+    /** From now on each line is recorded before it is done. */
+    void record_in(SessionRecording &recording) { recording_ = &recording; }
 
 private:
     /** What a restart before the first line comes to; false when the script ends with it. */
@@ -110,6 +109,9 @@ private:
         return done(line, [this, &line] {
             if (line.is_beyond) {
                 throw session::UsageError(std::string(session::SCRIPT_TOO_LONG));
+            }
+            if (recording_ != nullptr) {
+                recording_->before(line.text);
             }
             return session_.execute(line.text);
         });
@@ -144,8 +146,9 @@ private:
         if (refused_.number != 0) {
             code_ = code_ == EXIT_DONE ? EXIT_REFUSED : code_;
             terminal_.out << std::flush;
-            fmt::print(terminal_.err, "{}:{}: {}\n    {}; no expect accepts it\n{}", name_,
-                       refused_.number, as_told(refused_.text), refusal_.summary, refusal_.shown);
+            fmt::print(terminal_.err, "{}:{}: {}\n    {}; no expect accepts it\n{}",
+                       config::harmless(name_), refused_.number, as_told(refused_.text),
+                       refusal_.summary, refusal_.shown);
         }
         refused_ = {};
     }
@@ -191,6 +194,7 @@ private:
     std::string name_;
     bool quiet_;
     const Terminal &terminal_;
+    SessionRecording *recording_ = nullptr;
     std::optional<Restarted> restarted_ = {}; ///< where the script goes on
     std::optional<Restarted> next_ = {};
     std::size_t first_ = 0; ///< lines before the first one
@@ -204,6 +208,8 @@ int run_process(const RunOptions &options, std::istream &in, const Terminal &ter
                 std::optional<Restarted> &next)
 {
     simswitch::Switch hardware({.chip = options.chip, .state_dir = options.state_dir});
+    // A session remembers what its last command asked, and that by itself.
+    const l3lif::ShownCalls shown(hardware, true, true);
     const std::string name = options.restarted       ? options.restarted->name
                              : options.script == "-" ? "standard input"
                                                      : options.script;
@@ -220,7 +226,15 @@ int run_process(const RunOptions &options, std::istream &in, const Terminal &ter
     if (options.restarted) {
         script.come_after(*options.restarted);
     }
+    std::optional<SessionRecording> recording;
+    if (!options.record.empty()) {
+        recording.emplace(hardware, *session, name, options.record);
+        script.record_in(*recording);
+    }
     const int code = script.run(in);
+    if (recording) {
+        recording->finish();
+    }
     next = script.next();
     if (next) {
         next->folder = folder;

@@ -23,6 +23,7 @@ struct RunOptions {
     simswitch::chip::Kind chip = simswitch::chip::Kind::trident;
     std::filesystem::path state_dir = {}; ///< folder of chip and store; empty: in memory
     bool quiet = false;                   ///< only failures are told
+    std::filesystem::path record = {};    ///< file for every request and call; empty: none
     /** The process comes after a `restart` in the script; restarted.h. */
     std::optional<Restarted> restarted = {};
 };
@@ -36,12 +37,12 @@ struct RunOptions {
  * command asks the library for something.
  *
  * A `restart` ends the process: the rest of the script is run by the next one, which takes its
- * place.
+ * place. It can't be done while a recording is made, which ends with its process.
  *
  * @return EXIT_DONE; EXIT_REFUSED for an expectation that isn't met, a command
  *         that can't be done, a refusal that no expectation accepts, a script that
  *         can't be read; EXIT_USAGE for a line that makes no sense
- * @throws std::runtime_error when the state folder can't be used
+ * @throws std::runtime_error when the state folder can't be used, or the recording not be written
  */
 int run_script(const RunOptions &options, const Terminal &terminal);
 

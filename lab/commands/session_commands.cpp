@@ -30,6 +30,17 @@ void add_switch_options(CLI::App &command, SwitchWords &words)
     add_state_option(command, words.state_dir);
 }
 
+void add_record_option(CLI::App &command, std::string &file)
+{
+    command
+        .add_option("--record", file,
+                    "Writes every request, call and message into this file, for replay and diff")
+        ->type_name("FILE")
+        ->check([](const std::string &name) {
+            return name.empty() ? std::string("the name of a file is wanted") : std::string();
+        });
+}
+
 } // namespace
 
 Command add_up(CLI::App &app)
@@ -53,12 +64,7 @@ Command add_up(CLI::App &app)
                  "Prints the library's messages under each interface, with their level");
     up->add_flag("--then-down", parsed->options.then_down,
                  "Takes everything down again and tells what was left behind");
-    up->add_option("--record", parsed->record,
-                   "Writes every request, call and message into this file, for replay and diff")
-        ->type_name("FILE")
-        ->check([](const std::string &name) {
-            return name.empty() ? std::string("the name of a file is wanted") : std::string();
-        });
+    add_record_option(*up, parsed->record);
     up->footer("Exit codes: 0 done (rows that are not taken are no failure), 1 refused, 2 usage.");
     return {up, [parsed](const Terminal &terminal) {
                 UpOptions options = parsed->options;
@@ -76,6 +82,7 @@ Command add_run(CLI::App &app)
 {
     struct Parsed : SwitchWords {
         RunOptions options;
+        std::string record = {};
         std::string restarted = {};
     };
     const auto parsed = std::make_shared<Parsed>();
@@ -86,6 +93,7 @@ Command add_run(CLI::App &app)
         ->type_name("SCRIPT");
     add_switch_options(*run, *parsed);
     run->add_flag("--quiet", parsed->options.quiet, "Prints failures only");
+    add_record_option(*run, parsed->record);
     // Only a process that takes the place of another one has it.
     run->add_option("--restarted", parsed->restarted)->group("");
     run->footer("Exit codes: 0 done, 1 an expectation that isn't met, a command that can't be\n"
@@ -94,6 +102,7 @@ Command add_run(CLI::App &app)
                 RunOptions options = parsed->options;
                 options.chip = chip_kinds().at(parsed->chip);
                 options.state_dir = parsed->state_dir;
+                options.record = parsed->record;
                 if (!parsed->restarted.empty()) {
                     options.restarted = Restarted::parse(parsed->restarted);
                 }
@@ -103,15 +112,19 @@ Command add_run(CLI::App &app)
 
 Command add_shell(CLI::App &app)
 {
-    const auto parsed = std::make_shared<SwitchWords>();
+    struct Parsed : SwitchWords {
+        std::string record = {};
+    };
+    const auto parsed = std::make_shared<Parsed>();
     CLI::App *shell =
         app.add_subcommand("shell", "Takes commands one by one; 'help' there lists them");
     add_switch_options(*shell, *parsed);
+    add_record_option(*shell, parsed->record);
     shell->footer("Tab completes, the arrow keys bring earlier lines back, Ctrl-D ends it.");
-    return {
-        shell, [parsed](const Terminal &terminal) {
-            return commands::shell({chip_kinds().at(parsed->chip), parsed->state_dir}, terminal);
-        }};
+    return {shell, [parsed](const Terminal &terminal) {
+                return commands::shell(
+                    {chip_kinds().at(parsed->chip), parsed->state_dir, parsed->record}, terminal);
+            }};
 }
 
 Command add_dump(CLI::App &app)

@@ -4,7 +4,9 @@
 #include "commands/shell.h"
 
 #include "commands/line_editor.h"
+#include "commands/session_recording.h"
 #include "config/shown.h"
+#include "l3lif/shown_calls.h"
 #include "session/complete.h"
 #include "session/errors.h"
 #include "session/line_reader.h"
@@ -14,6 +16,8 @@
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -26,11 +30,22 @@ namespace lab::commands
 namespace
 {
 
+/** What a line is done in. */
+struct Shell {
+    session::Session &session;
+    SessionRecording *recording; ///< null: none is made
+    const Terminal &terminal;
+};
+
 /** Does a line and tells how it went; false when it ends the session. */
-bool step(session::Session &session, std::string_view line, const Terminal &terminal)
+bool step(const Shell &in, std::string_view line)
 {
+    const Terminal &terminal = in.terminal;
     try {
-        const session::Outcome outcome = session.execute(line);
+        if (in.recording != nullptr) {
+            in.recording->before(line);
+        }
+        const session::Outcome outcome = in.session.execute(line);
         if (!outcome.summary.empty()) {
             fmt::print(terminal.out, "{}\n", outcome.summary);
         }
@@ -45,32 +60,48 @@ bool step(session::Session &session, std::string_view line, const Terminal &term
     return true;
 }
 
-void run_plain(session::Session &session, const Terminal &terminal)
+void run_plain(const Shell &shell)
 {
     session::LineReader reader(std::cin, session::LINE_MAX_BYTES);
     for (auto line = reader.next(); line; line = reader.next()) {
         if (line->is_beyond) {
-            fmt::print(terminal.err, "{}\n", session::SCRIPT_TOO_LONG);
+            fmt::print(shell.terminal.err, "{}\n", session::SCRIPT_TOO_LONG);
             return;
         }
-        if (!step(session, line->text, terminal)) {
+        if (!step(shell, line->text)) {
             return;
         }
     }
 }
 
-void run_edited(session::Session &session, const simswitch::Switch &hardware,
-                const Terminal &terminal)
+/** Where the lines of all shells are kept; empty where nobody has a home. */
+std::filesystem::path history_file()
 {
-    LineEditor editor("rtif> ", [&session](std::string_view line) {
-        return session::complete(session.state(), line);
-    });
-    fmt::print(terminal.out, "rtif on a {}. 'help' lists the commands, Tab completes.\n",
+    const auto folder = [](const char *name) {
+        const char *value = std::getenv(name);
+        return std::filesystem::path(value == nullptr ? "" : value);
+    };
+    const std::filesystem::path state = folder("XDG_STATE_HOME");
+    if (state.is_absolute()) {
+        return state / "rtif/history";
+    }
+    const std::filesystem::path home = folder("HOME");
+    return home.is_absolute() ? home / ".local/state/rtif/history" : std::filesystem::path();
+}
+
+void run_edited(const Shell &shell, const simswitch::Switch &hardware)
+{
+    session::Session &session = shell.session;
+    LineEditor editor(
+        "rtif> ",
+        [&session](std::string_view line) { return session::complete(session.state(), line); },
+        history_file());
+    fmt::print(shell.terminal.out, "rtif on a {}. 'help' lists the commands, Tab completes.\n",
                hardware.chip.kind() == simswitch::chip::Kind::trident2 ? "Trident2" : "Trident");
-    terminal.out << std::flush;
+    shell.terminal.out << std::flush;
     for (auto line = editor.next(); line; line = editor.next()) {
         session.set_width(LineEditor::columns());
-        if (!step(session, *line, terminal)) {
+        if (!step(shell, *line)) {
             return;
         }
     }
@@ -81,12 +112,22 @@ void run_edited(session::Session &session, const simswitch::Switch &hardware,
 int shell(const ShellOptions &options, const Terminal &terminal)
 {
     simswitch::Switch hardware({.chip = options.chip, .state_dir = options.state_dir});
+    // A session remembers what its last command asked, and that by itself.
+    const l3lif::ShownCalls shown(hardware, true, true);
     session::Session session(hardware, options.state_dir);
     session.tell_packets(terminal.colour);
+    std::optional<SessionRecording> recording;
+    if (!options.record.empty()) {
+        recording.emplace(hardware, session, "rtif shell", options.record);
+    }
+    const Shell typed = {session, recording ? &*recording : nullptr, terminal};
     if (isatty(STDIN_FILENO) == 1) {
-        run_edited(session, hardware, terminal);
+        run_edited(typed, hardware);
     } else {
-        run_plain(session, terminal);
+        run_plain(typed);
+    }
+    if (recording) {
+        recording->finish();
     }
     return EXIT_DONE;
 }

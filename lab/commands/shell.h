@@ -17,6 +17,7 @@ namespace lab::commands
 struct ShellOptions {
     simswitch::chip::Kind chip = simswitch::chip::Kind::trident;
     std::filesystem::path state_dir = {}; ///< folder of chip and store; empty: in memory
+    std::filesystem::path record = {};    ///< file for every request and call; empty: none
 };
 
 /**
@@ -25,7 +26,8 @@ struct ShellOptions {
  * and editing.
  *
  * @return EXIT_DONE
- * @throws std::runtime_error when the state folder or the terminal can't be used
+ * @throws std::runtime_error when the state folder or the terminal can't be used, or the recording
+ *         not be written
  */
 int shell(const ShellOptions &options, const Terminal &terminal);
 

@@ -11,6 +11,7 @@
 #include "l3lif/readback.h"
 #include "l3lif/readback_macs.h"
 #include "l3lif/restart_state.h"
+#include "l3lif/shown_calls.h"
 #include "record/recorder.h"
 #include "report/json.h"
 #include "report/table.h"
@@ -146,9 +147,7 @@ record::Header header_of(const UpOptions &options, const std::string &config)
 int up(const UpOptions &options, std::ostream &out)
 {
     simswitch::Switch hardware({.chip = options.chip, .state_dir = options.state_dir});
-    if (!options.view.wants_requests()) {
-        l3lif::keep_errors_only(hardware);
-    }
+    const l3lif::ShownCalls shown(hardware, options.view.calls, options.view.trace);
     return up_on(hardware, options, out);
 }
 

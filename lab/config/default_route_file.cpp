@@ -6,18 +6,14 @@
  */
 #include "config/default_route_file.h"
 
+#include "config/draft_file.h"
 #include "config/json_tree.h"
 
 #include <fmt/format.h>
 
-#include <cerrno>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <system_error>
-#include <unistd.h>
 #include <utility>
 
 namespace lab::config
@@ -34,11 +30,6 @@ template <class... Args>
 [[noreturn]] void unusable(fmt::format_string<Args...> format, Args &&...args)
 {
     throw UnusableFile(fmt::format(format, std::forward<Args>(args)...));
-}
-
-[[noreturn]] void not_written(const fs::path &path, int error)
-{
-    unusable("{}: cannot be written: {}", path.string(), std::strerror(error));
 }
 
 std::size_t size_of_routes(std::uint32_t count)
@@ -68,64 +59,6 @@ void check_size(std::uint32_t count, std::size_t size, std::string_view file)
              "write it again",
              file, sizes);
 }
-
-/** A file that goes when this goes, unless it was renamed. */
-class TemporaryFile
-{
-public:
-    /** @param target  the file whose place it will take */
-    explicit TemporaryFile(const fs::path &target)
-        : target_(target), name_((target.parent_path() / ".default-routes-XXXXXX").string()),
-          file_(mkstemp(name_.data()))
-    {
-        if (file_ < 0) {
-            not_written(target_, errno);
-        }
-    }
-    ~TemporaryFile()
-    {
-        close(file_);
-        if (!name_.empty()) {
-            unlink(name_.c_str());
-        }
-    }
-    TemporaryFile(const TemporaryFile &) = delete;
-    TemporaryFile &operator=(const TemporaryFile &) = delete;
-
-    void write_whole(std::string_view bytes) const
-    {
-        while (!bytes.empty()) {
-            const ssize_t done = write(file_, bytes.data(), bytes.size());
-            if (done < 0 && errno != EINTR) {
-                not_written(target_, errno);
-            }
-            bytes.remove_prefix(done > 0 ? static_cast<std::size_t>(done) : 0);
-        }
-        if (fsync(file_) != 0) {
-            not_written(target_, errno);
-        }
-    }
-
-    void take_place(bool replace)
-    {
-        // Somebody else may have put a file there meanwhile.
-        const unsigned flags = replace ? 0U : RENAME_NOREPLACE;
-        int refused = renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, target_.c_str(), flags);
-        if (refused != 0 && errno == EINVAL) {
-            // Not every file system knows the flag.
-            refused = rename(name_.c_str(), target_.c_str());
-        }
-        if (refused != 0) {
-            not_written(target_, errno);
-        }
-        name_.clear();
-    }
-
-private:
-    const fs::path &target_;
-    std::string name_; ///< empty once it was renamed
-    int file_;
-};
 
 /** Refuses a place where something is that must stay. */
 void check_place(const fs::path &path, bool replace)
@@ -207,7 +140,7 @@ DefaultRoutes parse_default_routes(std::string_view bytes, std::string_view file
 void put_in_place(const fs::path &path, std::string_view bytes, bool replace)
 {
     check_place(path, replace);
-    TemporaryFile file(path);
+    DraftFile file(path, path.string());
     file.write_whole(bytes);
     file.take_place(replace);
 }

@@ -168,10 +168,10 @@ void read_ports(const Tables &tables, Description &description)
         const NameSet names = ports_of_interface_rows(tables);
         number_ports(names, description);
         if (!names.empty()) {
-            description.notes.push_back(
-                fmt::format("{}: there is no PORT table; its ports are the {} that "
-                            "interface rows name",
-                            description.file, names.size()));
+            description.notes.push_back(fmt::format(
+                "{}: there is no PORT table; its {} that interface rows name", description.file,
+                names.size() == 1 ? "port is the one"
+                                  : fmt::format("ports are the {}", names.size())));
         }
         return;
     }

@@ -221,7 +221,9 @@ void skip_all(const std::string &table, const std::string &name, const Interface
     for (const AddressRow &address : rows.addresses) {
         description.skipped.push_back(
             {table, address.key,
-             rows.own == nullptr ? reason : fmt::format("the row {} is skipped", in_quotes(name))});
+             rows.own == nullptr
+                 ? reason
+                 : fmt::format("its interface {} isn't taken: {}", in_quotes(name), reason)});
     }
 }
 

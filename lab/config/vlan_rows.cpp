@@ -63,7 +63,6 @@ NameSet vlans_of_other_rows(const Tables &tables)
     for (const auto &[key, row] : tables.table("PVLAN")) {
         names.insert(key.substr(key.find('|') + 1));
     }
-    std::erase_if(names, [](const std::string &name) { return !vlan_name_digits(name); });
     return names;
 }
 
@@ -78,14 +77,14 @@ void read_declared(const Tables &tables, Description &description)
 
 void take_undeclared(const Tables &tables, Description &description)
 {
-    const NameSet names = vlans_of_other_rows(tables);
-    for (const auto &name : names) {
-        add_vlan(name, {}, description);
+    std::size_t usable = 0;
+    for (const auto &name : vlans_of_other_rows(tables)) {
+        usable += add_vlan(name, {}, description).refused.empty() ? 1 : 0;
     }
-    if (!names.empty()) {
+    if (usable != 0) {
         description.notes.push_back(
-            fmt::format("{}: there is no VLAN table; its VLANs are the {} that other rows name",
-                        description.file, names.size()));
+            fmt::format("{}: there is no VLAN table; its {} that other rows name", description.file,
+                        usable == 1 ? "VLAN is the one" : fmt::format("VLANs are the {}", usable)));
     }
 }
 
@@ -236,6 +235,7 @@ void read_pvlan_pairs(const Tables &tables, Description &description)
     for_each_row(tables, "PVLAN", description, [&](const std::string &key, const Row &row) {
         const auto [primary, secondary] = two_names(key, "PRIMARY|SECONDARY");
         need_object(row);
+        need_known_vlan(primary, description);
         if (primary == secondary) {
             refuse("{} can't be its own secondary", primary);
         }

@@ -19,7 +19,7 @@ bool is_interface_up(const session::State &state, const std::string &name)
 {
     const auto interfaces = state.scene().interfaces;
     const auto found = std::ranges::find(interfaces, name, &session::SceneInterface::name);
-    return found != interfaces.end() && found->state == "up";
+    return found != interfaces.end() && (found->state == "up" || found->state == "stopped");
 }
 
 void add_address(std::vector<routing::OwnAddress> &addresses, routing::OwnAddress own)

@@ -95,14 +95,11 @@ void vlan_objects(Book &book, int id, const chip::Vlan &vlan)
     }
 }
 
-/** How an interface stands; one whose add was refused has failed, it isn't only down. */
 std::string_view standing_text(const session::Scene &scene, const l3lif::Interface &interface)
 {
     const std::string &name = interface.lif->plan().name;
     const auto seen = std::ranges::find(scene.interfaces, name, &session::SceneInterface::name);
-    const std::string_view state = seen == scene.interfaces.end() ? "down" : seen->state;
-    const bool was_taken_down = interface.down.call_count != 0;
-    return state == "down" && interface.up.code != 0 && !was_taken_down ? "failed" : state;
+    return seen == scene.interfaces.end() ? "down" : seen->state;
 }
 
 /** Interfaces, pairs and the VLAN itself, as the layer above has them. */
@@ -313,7 +310,7 @@ bool explain_station(Book &book, int id)
     if (station == nullptr) {
         return false;
     }
-    const packet::StationOwner owner = packet::station_owner(book.state(), id);
+    const packet::StationOwner owner = packet::StationOwners(book.state()).of(id);
     const std::string text = owner.text();
     book.about({owner.interface});
     book.title(fmt::format("station {}: {}{} {}", id, text.empty() ? "nobody's MAC" : text,

@@ -10,7 +10,9 @@
 #include <nlohmann/json.hpp>
 
 #include <cstddef>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace lab::explain
 {
@@ -66,6 +68,22 @@ std::string text_of(const Finding &finding)
         }
     }
     return has_unknown ? fmt::format("{}\n{}", text, AUTHOR_NOTE) : text;
+}
+
+std::vector<std::string> lines_of(const Finding &finding)
+{
+    std::vector<std::string> lines = {config::harmless(finding.title)};
+    for (const Section &section : finding.sections) {
+        lines.emplace_back(section.title);
+        for (const Fact &fact : section.facts) {
+            std::string line = fact.what;
+            for (const std::string &part : {fact.id, fact.text, since_text(fact)}) {
+                line += part.empty() ? "" : " " + part;
+            }
+            lines.push_back(config::harmless(line));
+        }
+    }
+    return lines;
 }
 
 std::string json_of(const Finding &finding)

@@ -3,6 +3,8 @@
  */
 #include "l3lif/readback.h"
 
+#include "chip/pipeline/numbers.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -14,15 +16,6 @@ namespace
 {
 
 namespace chip = simswitch::chip;
-
-// A Trident2's ingress object switches the families off; a Trident's ports
-// switch them on.
-constexpr std::uint32_t INGRESS_IP4_OFF = 0x20;
-constexpr std::uint32_t INGRESS_IP6_OFF = 0x80;
-
-// Flags of a VLAN that switch a family's routing off.
-constexpr std::uint32_t VLAN_IP4_OFF = 0x8;
-constexpr std::uint32_t VLAN_IP6_OFF = 0x10;
 
 // The port's number in a module port of this switch, whose module is 0.
 constexpr int MODULE_PORT_PORT = 0x7ff;
@@ -82,7 +75,7 @@ bool read_objects(const chip::Chip &chip, HardwareView &view)
 {
     const chip::L3Ingress *ingress = chip.l3_ingresses.find(view.iif);
     if (ingress != nullptr) {
-        read_ingress_families(chip, *ingress, view);
+        read_ingress_families(*ingress, view);
     } else {
         view.missing = fmt::format("the chip has no L3 ingress object {}", view.iif);
     }
@@ -259,20 +252,18 @@ std::vector<std::string_view> HardwareView::families() const
     return names;
 }
 
-void read_ingress_families(const chip::Chip &chip, const chip::L3Ingress &ingress,
-                           HardwareView &view)
+void read_ingress_families(const chip::L3Ingress &ingress, HardwareView &view)
 {
     // An interface without a family looks nothing up: it sits in VRF 0.
     const bool none = ingress.vrf == 0;
-    const bool by_ingress = chip.kind() == chip::Kind::trident2;
-    view.ipv4 = !none && (!by_ingress || (ingress.flags & INGRESS_IP4_OFF) == 0);
-    view.ipv6 = !none && (!by_ingress || (ingress.flags & INGRESS_IP6_OFF) == 0);
+    view.ipv4 = !none && (ingress.flags & chip::pipeline::INGRESS_IP4_OFF) == 0;
+    view.ipv6 = !none && (ingress.flags & chip::pipeline::INGRESS_IP6_OFF) == 0;
 }
 
 void narrow_to_vlan(const chip::VlanControls &controls, HardwareView &view)
 {
-    view.ipv4 = view.ipv4 && (controls.flags & VLAN_IP4_OFF) == 0;
-    view.ipv6 = view.ipv6 && (controls.flags & VLAN_IP6_OFF) == 0;
+    view.ipv4 = view.ipv4 && (controls.flags & chip::pipeline::VLAN_IP4_OFF) == 0;
+    view.ipv6 = view.ipv6 && (controls.flags & chip::pipeline::VLAN_IP6_OFF) == 0;
 }
 
 HardwareView read_back(const simswitch::Switch &hardware, const Lif &lif)

@@ -41,8 +41,7 @@ struct HardwareView {
 };
 
 /** Which families the chip routes that come in on an ingress object; none in VRF 0. */
-void read_ingress_families(const simswitch::chip::Chip &chip,
-                           const simswitch::chip::L3Ingress &ingress, HardwareView &view);
+void read_ingress_families(const simswitch::chip::L3Ingress &ingress, HardwareView &view);
 
 /** The families that the controls of a VLAN leave of those. */
 void narrow_to_vlan(const simswitch::chip::VlanControls &controls, HardwareView &view);

@@ -93,7 +93,7 @@ PairView read_back(const simswitch::Switch &hardware, const PairPlan &plan, int 
     view.iif = static_cast<int>(vlan->controls.ingress_if);
     if (const chip::L3Ingress *ingress = hardware.chip.l3_ingresses.find(view.iif)) {
         HardwareView routed;
-        read_ingress_families(hardware.chip, *ingress, routed);
+        read_ingress_families(*ingress, routed);
         narrow_to_vlan(vlan->controls, routed);
         view.families = routed.families();
     }

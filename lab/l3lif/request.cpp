@@ -4,6 +4,7 @@
 #include "l3lif/request.h"
 
 #include "l3lif/request_watch.h"
+#include "l3lif/shown_calls.h"
 
 #include <glib.h>
 
@@ -169,6 +170,9 @@ Request make_request(simswitch::Switch &hardware, const std::string &name,
         request.refused_call = last_refused_call(hardware.journal, first);
     }
     request.messages = messages_of(hardware.trace);
+    if (ShownCalls::is_on(hardware)) {
+        hardware.journal.clear();
+    }
     return request;
 }
 

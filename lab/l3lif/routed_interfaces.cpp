@@ -169,6 +169,7 @@ Request RoutedInterfaces::run(const std::string &name, const std::function<int()
 const Request &RoutedInterfaces::add(Interface &interface)
 {
     interface.up = add_by_kind(interface);
+    interface.down = {};
     return interface.up;
 }
 

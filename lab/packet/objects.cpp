@@ -58,7 +58,7 @@ std::string station_text(const Names &names, int id)
             families.push_back(name);
         }
     }
-    std::string text = station_owner(names.state(), id).text();
+    std::string text = StationOwners(names.state()).of(id).text();
     text += (text.empty() ? "" : " ") + chip::text(station->mac);
     text += station->vlan_mask == 0 ? "" : fmt::format(" in VLAN {}", station->vlan);
     text += station->src_port_mask == 0

@@ -9,7 +9,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iterator>
 #include <set>
 
 namespace lab::packet
@@ -20,7 +19,7 @@ namespace chip = simswitch::chip;
 namespace
 {
 
-/** The library's virtual MAC of a station; null when it has none there. */
+/** The virtual MAC that the library has at a station; null when it has none there. */
 const fhrp_mac_entry_t *kept_entry(int id, const chip::Station &station)
 {
     for (const void *record : simswitch::services::tree_records(fhrp_mac_hash)) {
@@ -46,50 +45,12 @@ StationOwner owner_by_library(const session::State &state, const fhrp_mac_entry_
     return owner;
 }
 
-bool is_secondary_of(const std::vector<l3lif::PairPlan> &pairs, int vlan, int primary)
-{
-    return std::ranges::any_of(pairs, [vlan, primary](const l3lif::PairPlan &pair) {
-        return pair.primary == primary && pair.secondary == vlan;
-    });
-}
-
-/** What the configuration has, to find the owners of stations by. */
-struct KnownMacs {
-    std::vector<l3lif::LifPlan> interfaces;
-    std::vector<l3lif::VirtualMacPlan> macs;
-    std::vector<l3lif::PairPlan> pairs;
-
-    explicit KnownMacs(const config::Description &config)
-        : interfaces(l3lif::plans_of(config)),
-          macs(l3lif::virtual_mac_plans_of(config, interfaces)), pairs(l3lif::pair_plans_of(config))
-    {
-    }
-
-    /** Whether a station is one of a virtual MAC: its own, or mirrored. */
-    bool has(const l3lif::VirtualMacPlan &mac, const chip::Station &station) const
-    {
-        if (mac.mac != station.mac) {
-            return false;
-        }
-        if (mac.vlan != 0) {
-            return station.vlan_mask != 0 &&
-                   (station.vlan == mac.vlan || is_secondary_of(pairs, station.vlan, mac.vlan));
-        }
-        const auto owner = std::ranges::find(interfaces, mac.owner, &l3lif::LifPlan::name);
-        if (owner == interfaces.end()) {
-            return false;
-        }
-        return station.src_port_mask != 0 ? owner->chip_port == station.src_port
-                                          : owner->trunk != 0 && station.vlan_mask == 0;
-    }
-};
-
 /** The same by the configuration, where no more than one interface can have it. */
-StationOwner owner_by_config(const KnownMacs &known, const chip::Station &station)
+StationOwner owner_by_config(const l3lif::ConfiguredMacs &known, const chip::Station &station)
 {
     StationOwner owner;
     std::set<std::string> names;
-    for (const l3lif::VirtualMacPlan &mac : known.macs) {
+    for (const l3lif::VirtualMacPlan &mac : known.macs()) {
         if (known.has(mac, station)) {
             names.insert(mac.owner);
             owner.is_mirrored = mac.vlan != 0 && station.vlan != mac.vlan;
@@ -113,19 +74,25 @@ std::string StationOwner::text() const
     return interface.empty() ? "virtual MAC" : fmt::format("virtual MAC of {}", interface);
 }
 
-StationOwner station_owner(const session::State &state, int station)
+StationOwner StationOwners::of(int station) const
 {
-    const chip::Station *found = state.hardware.chip.stations.find(station);
+    const chip::Station *found = state_.hardware.chip.stations.find(station);
     if (found == nullptr) {
         return {};
     }
-    if (state.layer.router_macs().contains(station)) {
+    if (state_.layer.router_macs().contains(station)) {
         return {.is_router = true};
     }
     if (const fhrp_mac_entry_t *entry = kept_entry(station, *found)) {
-        return owner_by_library(state, *entry);
+        return owner_by_library(state_, *entry);
     }
-    return state.config ? owner_by_config(KnownMacs(*state.config), *found) : StationOwner{};
+    if (!state_.config) {
+        return {};
+    }
+    if (!configured_) {
+        configured_.emplace(*state_.config);
+    }
+    return owner_by_config(*configured_, *found);
 }
 
 std::vector<l3lif::VirtualMacPlan> virtual_macs_of(const session::State &state)
@@ -139,10 +106,10 @@ std::vector<l3lif::VirtualMacPlan> virtual_macs_of(const session::State &state)
     if (!state.config) {
         return macs;
     }
-    const KnownMacs known(*state.config);
-    const chip::Chip &chip = state.hardware.chip;
-    for (const l3lif::VirtualMacPlan &mac : known.macs) {
-        const bool is_in_chip = std::ranges::any_of(chip.stations.all(), [&](const auto &station) {
+    const l3lif::ConfiguredMacs known(*state.config);
+    const auto stations = state.hardware.chip.stations.all();
+    for (const l3lif::VirtualMacPlan &mac : known.macs()) {
+        const bool is_in_chip = std::ranges::any_of(stations, [&](const auto &station) {
             return known.has(mac, station.second) &&
                    kept_entry(station.first, station.second) == nullptr;
         });
@@ -162,14 +129,9 @@ std::vector<l3lif::PairPlan> pairs_of(const session::State &state)
     if (!state.config) {
         return pairs;
     }
-    const chip::Chip &chip = state.hardware.chip;
     for (const l3lif::PairPlan &pair : l3lif::pair_plans_of(*state.config)) {
-        const chip::Vlan *primary = chip.vlans.find(pair.primary);
-        const chip::Vlan *secondary = chip.vlans.find(pair.secondary);
-        const bool is_in_chip = primary != nullptr && secondary != nullptr &&
-                                primary->controls.ingress_if != 0 &&
-                                primary->controls.ingress_if == secondary->controls.ingress_if;
-        if (is_in_chip && std::ranges::find(pairs, pair) == pairs.end()) {
+        if (l3lif::ConfiguredMacs::has(state.hardware.chip, pair) &&
+            std::ranges::find(pairs, pair) == pairs.end()) {
             pairs.push_back(pair);
         }
     }

@@ -5,9 +5,11 @@
  */
 #pragma once
 
+#include "l3lif/configured_macs.h"
 #include "l3lif/plans.h"
 #include "session/state.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,8 +27,20 @@ struct StationOwner {
     std::string text() const;
 };
 
-/** The owner of a station of the chip; nobody for one that there isn't. */
-StationOwner station_owner(const session::State &state, int station);
+/** Whose the stations of a switch are, as it is now. */
+class StationOwners
+{
+public:
+    /** @param state  must outlive this */
+    explicit StationOwners(const session::State &state) : state_(state) {}
+
+    /** The owner of a station of the chip; nobody for one that there isn't. */
+    StationOwner of(int station) const;
+
+private:
+    const session::State &state_;
+    mutable std::optional<l3lif::ConfiguredMacs> configured_; ///< made when it is first needed
+};
 
 /** The virtual MACs of the layer above, and those of the configuration that the chip has. */
 std::vector<l3lif::VirtualMacPlan> virtual_macs_of(const session::State &state);

@@ -4,6 +4,7 @@
 #include "page/gather.h"
 
 #include "l3lif/bring_up.h"
+#include "l3lif/interface_state.h"
 #include "packet/names.h"
 #include "page/graph.h"
 #include "page/object_book.h"
@@ -22,12 +23,14 @@
 namespace lab::page
 {
 
+namespace chip = simswitch::chip;
+
 namespace
 {
 
 constexpr std::string_view STATE_UP = "up";
 constexpr std::string_view STATE_FAILED = "failed";
-constexpr std::string_view STATE_DOWN = "down";
+constexpr std::string_view STATE_STOPPED = "stopped";
 
 /** Hands out the requests of a run in the order in which its parts were brought up. */
 class RequestShares
@@ -51,6 +54,20 @@ private:
     const Requests &requests_;
     std::size_t part_ = 0;
 };
+
+/**
+ * The state of an interface: how its add went, or, where that isn't known, what the chip of a state
+ * folder has of it.
+ */
+std::string_view state_on_page(const chip::Chip &chip, const report::InterfaceResult &result,
+                               bool from_state)
+{
+    if (!from_state) {
+        return result.up ? STATE_UP : STATE_FAILED;
+    }
+    const std::string_view state = l3lif::state_of(chip, *result.interface, result.view);
+    return result.up && state != STATE_STOPPED ? STATE_UP : state;
+}
 
 /** Fills one page. */
 class Gatherer
@@ -121,14 +138,13 @@ InterfaceLines Gatherer::interface_lines(const report::InterfaceResult &result, 
 {
     const l3lif::LifPlan &plan = result.interface->lif->plan();
     const l3lif::HardwareView &view = result.view;
-    const bool is_down =
-        from_state && !result.up && result.interface->standing() == l3lif::Standing::down;
+    const std::string_view state = state_on_page(state_.hardware.chip, result, from_state);
     InterfaceLines lines{.name = plan.name,
                          .kind = std::string(config::kind_name(plan.kind)),
-                         .state = std::string(result.up ? STATE_UP
-                                              : is_down ? STATE_DOWN
-                                                        : STATE_FAILED),
-                         .error = result.error,
+                         .state = std::string(state),
+                         .error = state == STATE_STOPPED ? "it was stopped from routing: its "
+                                                           "ingress object lets no family in"
+                                                         : result.error,
                          .ifindex = plan.ifindex,
                          .iif = view.iif,
                          .has_interface = view.has_interface,

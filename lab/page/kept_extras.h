@@ -1,7 +1,7 @@
 /*
  * kept_extras.h: the virtual MACs and private-VLAN pairs of a state folder. The
  * store has neither; the kept configuration names them, and the chip tells
- * whether they are there.
+ * whether they are there: l3lif/configured_macs.h holds the one against the other.
  */
 #pragma once
 
@@ -23,7 +23,7 @@ public:
     /**
      * @param hardware  the switch as its folder has it
      * @param known     the kept configuration
-     * @param result    with its interfaces; receives the virtual MACs and pairs, each with what
+     * @param result    receives the virtual MACs and pairs, each with what
      *                  the chip lacks of it
      */
     KeptExtras(const simswitch::Switch &hardware, const config::Description &known,

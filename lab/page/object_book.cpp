@@ -120,19 +120,10 @@ Fields station_fields(const packet::Names &names, const chip::Station &station)
             {"takes", families.empty() ? "nothing" : fmt::format("{}", fmt::join(families, " "))}};
 }
 
-/** Whose MAC a station has. */
-std::string station_title(const packet::Names &names, int id, const chip::Station &station)
+/** What kind of MAC a station has; whose it is stands in a field. */
+std::string station_title(const packet::StationOwner &owner)
 {
-    const auto &layer = names.state().layer;
-    if (layer.router_macs().contains(id)) {
-        return "router MAC";
-    }
-    for (const auto &known : layer.virtual_macs()) {
-        if (known.plan.mac == station.mac) {
-            return "virtual MAC";
-        }
-    }
-    return "station";
+    return owner.is_router ? "router MAC" : owner.is_virtual ? "virtual MAC" : "station";
 }
 
 } // namespace
@@ -248,9 +239,15 @@ std::size_t ObjectBook::tunnel(int iif)
 std::size_t ObjectBook::station(int station)
 {
     const chip::Station *found = chip().stations.find(station);
-    const std::string title = found == nullptr ? "station" : station_title(names_, station, *found);
-    return add({"station", fmt::to_string(station), title,
-                found == nullptr ? Fields{} : station_fields(names_, *found)},
+    const packet::StationOwner owner = owners_.of(station);
+    Fields fields;
+    if (found != nullptr) {
+        fields = station_fields(names_, *found);
+    }
+    if (!owner.interface.empty()) {
+        fields.insert(fields.begin(), {"of", owner.interface});
+    }
+    return add({"station", fmt::to_string(station), station_title(owner), std::move(fields)},
                fmt::to_string(station), found != nullptr);
 }
 

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "packet/names.h"
+#include "packet/owners.h"
 #include "page/records.h"
 
 #include <cstddef>
@@ -25,7 +26,10 @@ public:
      * @param names  of the switch as it is
      * @param page   receives the objects; both must outlive this
      */
-    ObjectBook(const packet::Names &names, Page &page) : names_(names), page_(page) {}
+    ObjectBook(const packet::Names &names, Page &page)
+        : names_(names), owners_(names.state()), page_(page)
+    {
+    }
 
     // Each gives an index into Page::objects.
 
@@ -49,6 +53,7 @@ private:
     std::size_t add(ChipObject object, const std::string &entry, bool exists = true);
 
     const packet::Names &names_;
+    packet::StationOwners owners_;
     Page &page_;
     std::map<std::pair<std::string, std::string>, std::size_t> known_;
 };

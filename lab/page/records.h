@@ -98,7 +98,7 @@ struct Sample {
 struct InterfaceLines {
     std::string name = {};
     std::string kind = {};  ///< "port", "svi"
-    std::string state = {}; ///< "up", "failed", "down"
+    std::string state = {}; ///< "up", "stopped", "failed", "kept", "down"
     std::string error = {}; ///< why it isn't up; or empty
     std::uint32_t ifindex = 0;
     std::optional<int> code{};  ///< what the library returned; nothing when no request is known

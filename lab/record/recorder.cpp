@@ -77,6 +77,10 @@ void write_header(const Header &header, std::ostream &out)
         }
         out << '\n';
     }
+    if (!header.script.empty()) {
+        fmt::print(out, "script {}\n", escaped(header.script));
+        return;
+    }
     fmt::print(out, "configuration {}\n", escaped(header.configuration));
     if (header.then_down) {
         out << "then down\n";
@@ -170,6 +174,18 @@ void Recorder::take(const l3lif::SeenRequest &request)
     if (!request.refused_writes.empty()) {
         fmt::print(out_, "refused {} queue {}\n", requests_, escaped(request.refused_writes));
     }
+    out_.flush();
+}
+
+void Recorder::configuration(const std::string &name, std::string_view text)
+{
+    fmt::print(out_, "configuration {}\n", escaped(name));
+    write_config(text, out_);
+}
+
+void Recorder::command(std::string_view line)
+{
+    fmt::print(out_, "do {}\n", escaped(line));
     out_.flush();
 }
 

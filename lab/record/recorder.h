@@ -14,6 +14,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iosfwd>
+#include <string>
+#include <string_view>
 
 namespace lab::record
 {
@@ -31,6 +33,10 @@ public:
      */
     Recorder(const simswitch::Switch &hardware, Header header, std::ostream &out);
 
+    /** Writes the configuration that a session's next command brings up. */
+    void configuration(const std::string &name, std::string_view text);
+    /** Writes a session's command, before what it asks for. */
+    void command(std::string_view line);
     /** Ends the recording: it is complete. */
     void finish();
 

@@ -82,8 +82,12 @@ public:
         next();
         read_version();
         read_header();
-        while (line_ && first_word() == "request") {
-            read_request();
+        while (line_ && (is("request") || is_of_session())) {
+            if (is("request")) {
+                read_request();
+            } else {
+                read_command();
+            }
         }
         read_end();
         return std::move(recording_);
@@ -177,6 +181,10 @@ private:
         if (is("limits")) {
             read_limits();
         }
+        if (is("script")) {
+            read_script();
+            return;
+        }
         header.configuration = header_line("configuration");
         if (is("then")) {
             if (behind_word() != "down") {
@@ -189,17 +197,56 @@ private:
             fail_if_cut_off();
             fail("\"config …\" has to stand here: the configuration, line by line");
         }
-        header.config = plain(behind_word());
-        next();
-        while (is("config") || is("config+")) {
-            header.config += is("config") ? "\n" : "";
-            header.config += plain(behind_word());
-            next();
-        }
+        read_config();
         // A run that was killed may have left a part of its first request, never of this.
         constexpr std::string_view WORD = "config";
         if (!rest_.empty() && (rest_.starts_with(WORD) || WORD.starts_with(rest_))) {
             fail_if_cut_off();
+        }
+    }
+
+    void read_script()
+    {
+        const std::size_t line = number_;
+        recording_.header.script = header_line("script");
+        if (recording_.header.script.empty()) {
+            number_ = line;
+            fail("\"script\" has the name of one");
+        }
+    }
+
+    /** The lines of a configuration, of which the first is there. */
+    void read_config()
+    {
+        std::string &config = recording_.header.config;
+        config = plain(behind_word());
+        next();
+        while (is("config") || is("config+")) {
+            config += is("config") ? "\n" : "";
+            config += plain(behind_word());
+            next();
+        }
+    }
+
+    /** Whether the line is one of those between a session's requests. */
+    bool is_of_session() const
+    {
+        return !recording_.header.script.empty() && (is("do") || is("configuration"));
+    }
+
+    /** A command of a session, or the configuration that the next one brings up. */
+    void read_command()
+    {
+        if (is("do")) {
+            recording_.commands.push_back(plain(behind_word()));
+            next();
+            return;
+        }
+        recording_.header.configuration = header_line("configuration");
+        if (is("config")) {
+            read_config();
+        } else if (line_) {
+            fail("\"config …\" has to stand here: the configuration, line by line");
         }
     }
 

@@ -9,11 +9,19 @@
  *     configuration examples/kinds.json
  *     then down                            the run took everything down again
  *     config {                             the configuration, line by line
+ *     script examples/changes.rtif         of a session, in place of these three
  *     request 3 add Ethernet0 = 0 (91 calls, 53 messages)
  *     call 3.1 sdk bcm_vlan_create(0, 4094) = -8  (VLAN 4094 exists)
  *     message 3.1 trace rtifhal_vlan_create: Created 4094 vlan
  *     refused 3 …                          what the chip refused when the queue was written out
  *     end 15 requests, 594 calls
+ *
+ * A session's commands stand between its requests, each before what it asked for, and the
+ * configuration before the command that brings it up:
+ *
+ *     configuration examples/kinds.json
+ *     config {
+ *     do up kinds.json
  *
  * It has all that a replay needs. recorder.h writes it, replay.h runs it again,
  * compare.h compares two. docs/recording.md tells it to people.
@@ -57,6 +65,7 @@ struct Header {
     std::string configuration = {};      ///< the name that the configuration had
     bool then_down = false;              ///< everything was taken down again
     std::string config = {};             ///< the configuration's text
+    std::string script = {};             ///< what a session's commands came from; empty: no session
 };
 
 /** A request of a recording. The views are into the recording's text. */
@@ -76,7 +85,8 @@ struct Recording {
     std::unique_ptr<const std::string> text; ///< of the file; stays where it is in a move
     Header header;
     std::vector<RecordedRequest> requests;
-    bool is_complete = false; ///< it has its `end`; otherwise the run was cut off
+    std::vector<std::string> commands; ///< of a session, in order
+    bool is_complete = false;          ///< it has its `end`; otherwise the run was cut off
 
     /** Calls of all requests. */
     std::size_t calls() const;

@@ -8,6 +8,8 @@
 #include "l3lif/layer.h"
 #include "record/escape.h"
 #include "record/recorder.h"
+#include "session/errors.h"
+#include "session/session.h"
 
 #include <fmt/format.h>
 
@@ -41,12 +43,48 @@ config::Description config_of(const Recording &recording)
     }
 }
 
+/** Brings the configuration up, and down where it went down. */
+void run_configuration(const Recording &recording, simswitch::Switch &hardware, Recorder &recorder)
+{
+    const auto config = config_of(recording);
+    l3lif::Layer layer(hardware);
+    l3lif::bring_all_up(config, layer);
+    if (recording.header.then_down) {
+        layer.take_down();
+    }
+    recorder.finish();
+}
+
+/** Does a command; one that can't be done any more asks for nothing, and that shows. */
+void run_command(session::Session &session, const std::string &command)
+{
+    try {
+        session.execute(command);
+    } catch (const session::UsageError &) {
+    } catch (const session::Impossible &) {
+    }
+}
+
+void run_session(const Recording &recording, simswitch::Switch &hardware, Recorder &recorder)
+{
+    session::Session session(hardware);
+    const Header &header = recording.header;
+    if (!header.configuration.empty()) {
+        session.give_config({header.configuration, header.config});
+        recorder.configuration(header.configuration, header.config);
+    }
+    for (const std::string &command : recording.commands) {
+        recorder.command(command);
+        run_command(session, command);
+    }
+    recorder.finish();
+}
+
 } // namespace
 
 Recording replay(const Recording &recording, std::optional<simswitch::chip::Kind> chip)
 {
     const Header &header = recording.header;
-    const auto config = config_of(recording);
     simswitch::Switch hardware({.chip = chip.value_or(header.chip),
                                 .limits = chip.value_or(header.chip) == header.chip
                                               ? header.limits
@@ -56,17 +94,12 @@ Recording replay(const Recording &recording, std::optional<simswitch::chip::Kind
 
     std::ostringstream out;
     {
-        Header now;
-        now.configuration = header.configuration;
-        now.then_down = header.then_down;
-        now.config = header.config;
-        Recorder recorder(hardware, std::move(now), out);
-        l3lif::Layer layer(hardware);
-        l3lif::bring_all_up(config, layer);
-        if (header.then_down) {
-            layer.take_down();
+        Recorder recorder(hardware, header, out);
+        if (header.script.empty()) {
+            run_configuration(recording, hardware, recorder);
+        } else {
+            run_session(recording, hardware, recorder);
         }
-        recorder.finish();
     }
     return read_recording_text(std::move(out).str(), "now");
 }

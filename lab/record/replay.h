@@ -14,8 +14,8 @@ namespace lab::record
 {
 
 /**
- * Runs a recording's requests again: its configuration comes up, and goes down where it did. The
- * library must be as it is after loading.
+ * Runs a recording's requests again: its configuration comes up, and goes down where it did; of a
+ * session each command is done. The library must be as it is after loading.
  *
  * @param recording  what was recorded
  * @param chip       the kind of chip, with its own table sizes; nothing: as recorded

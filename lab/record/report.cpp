@@ -45,6 +45,16 @@ std::string amount_text(const Recording &recording)
                        report::counted(recording.calls(), "call"));
 }
 
+/** What was run: the configuration, or a script with the one that it brought up. */
+std::string run_text(const Header &header)
+{
+    const std::string config = escaped(header.configuration);
+    if (header.script.empty()) {
+        return config;
+    }
+    return escaped(header.script) + (config.empty() ? "" : " with " + config);
+}
+
 /** Prints the lines of requests beside each other. */
 class HunkPrinter
 {
@@ -257,9 +267,8 @@ std::string totals_text(const Comparison &comparison, std::string_view before,
 void print_identity(char mark, const Recording &recording, std::ostream &out)
 {
     fmt::print(out, "{} {}: {}, {}, rtif {}, {}{}\n", mark, one_line(recording.file),
-               chip_name(recording), escaped(recording.header.configuration),
-               escaped(recording.header.rtif), amount_text(recording),
-               recording.is_complete ? "" : ", cut off");
+               chip_name(recording), run_text(recording.header), escaped(recording.header.rtif),
+               amount_text(recording), recording.is_complete ? "" : ", cut off");
 }
 
 void note_configurations(const Recording &before, const Recording &after, std::ostream &out)
@@ -343,8 +352,7 @@ void print_replay(const Recording &recorded, const Recording &now, const Compari
                   const ReplayView &view, std::ostream &out)
 {
     fmt::print(out, "{}: {}, recorded by rtif {} on a {}\n", one_line(recorded.file),
-               escaped(recorded.header.configuration), escaped(recorded.header.rtif),
-               chip_name(recorded));
+               run_text(recorded.header), escaped(recorded.header.rtif), chip_name(recorded));
     fmt::print(out, "{} run again on a {} by rtif {}\n\n", amount_text(recorded), chip_name(now),
                now.header.rtif);
     const RequestPair *first = first_difference(recorded, comparison);

@@ -23,6 +23,9 @@ namespace chip = simswitch::chip;
 void ChipWriter::write(const ChipPlan &plan, std::vector<std::string> &problems)
 {
     has_written_ = false;
+    if (takes_over_) {
+        adopt(plan);
+    }
     for (const auto &[interface, wanted] : plan.tunnels) {
         put_tunnel(interface, wanted, problems);
     }
@@ -36,6 +39,9 @@ void ChipWriter::write(const ChipPlan &plan, std::vector<std::string> &problems)
     }
     remove_egresses(plan);
     remove_tunnels(plan);
+    if (std::exchange(takes_over_, false)) {
+        remove_ownerless();
+    }
     if (has_written_) {
         hardware_.save();
     }

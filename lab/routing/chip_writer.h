@@ -3,7 +3,7 @@
  * tunnel initiators in line with what is planned, by differences: what is there already isn't
  * written again, and an object goes after the routes that used it have moved.
  *
- * plan.h makes the plan, routing.h tells when.
+ * plan.h makes the plan, routing.h tells when; take_over.cpp has what follows a restart.
  */
 #pragma once
 
@@ -63,6 +63,14 @@ public:
      */
     void write(const ChipPlan &plan, std::vector<std::string> &problems);
 
+    /**
+     * Says that the chip holds what an earlier process has written. The next plan takes over what
+     * it has of that too, and removes the rest: routes, groups and egress objects to which nothing
+     * leads. The default route of a VRF stays where the plan has none, with what it leads to: a
+     * fast restart may have brought it.
+     */
+    void take_over() { takes_over_ = true; }
+
     /** The id of an egress object by its name; 0 for one that wasn't written. */
     int id_of(std::string_view name) const;
     /** What an egress object is for; empty for one that wasn't written here. */
@@ -92,8 +100,15 @@ private:
     void remove_egresses(const ChipPlan &plan);
     void remove_tunnels(const ChipPlan &plan);
 
+    void adopt(const ChipPlan &plan);
+    void adopt_way(const ChipPlan &plan, const PlannedRoute &wanted,
+                   const simswitch::chip::Route &there);
+    void adopt_egress(const ChipPlan &plan, const std::string &name, int id);
+    void remove_ownerless();
+
     simswitch::Switch &hardware_;
     bool has_written_ = false;
+    bool takes_over_ = false; ///< at the next plan
     std::map<std::string, WrittenEgress, std::less<>> egresses_;
     std::map<int, std::string> names_; ///< of the egress objects, by id
     std::map<simswitch::chip::RouteKey, WrittenRoute> routes_;

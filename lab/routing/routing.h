@@ -56,6 +56,11 @@ public:
      * configuration, in place of those of an earlier one. sync() writes them.
      */
     void configure(const config::Description &config);
+    /**
+     * After a restart that left the chip as it was: the next sync() takes over what an earlier
+     * process has written, and removes what isn't wanted any more; see ChipWriter::take_over.
+     */
+    void take_over() { writer_.take_over(); }
     /** Brings the chip in line with the interfaces as they stand. A second one writes nothing. */
     void sync();
 

@@ -34,6 +34,19 @@ int station_of(const l3lif::Layer &layer, const config::Mac &mac)
         known.empty() ? "there is none" : fmt::format("those are {}", fmt::join(known, ", "))));
 }
 
+/** The interface of its own that a VLAN has, up or kept; null when it has none. */
+const l3lif::LifPlan *own_interface(const l3lif::Layer &layer, std::uint16_t vlan)
+{
+    for (const auto &interface : layer.interfaces()) {
+        const l3lif::LifPlan &plan = interface->lif->plan();
+        if (plan.kind == config::Kind::svi && plan.vlan == vlan &&
+            interface->standing() != l3lif::Standing::down) {
+            return &plan;
+        }
+    }
+    return nullptr;
+}
+
 /** Why two VLANs can't be made a pair; empty when they can. */
 std::string pair_problem(const l3lif::Layer &layer, const l3lif::PairPlan &wanted)
 {
@@ -55,6 +68,12 @@ std::string pair_problem(const l3lif::Layer &layer, const l3lif::PairPlan &wante
                                                                      : wanted.secondary,
                                pair.plan.secondary == wanted.primary ? "secondary" : "primary");
         }
+    }
+    // The same as for the rows of a configuration.
+    if (const l3lif::LifPlan *own = own_interface(layer, wanted.secondary); own != nullptr) {
+        return fmt::format("VLAN {} has an interface of its own, and the primary's is to route for "
+                           "it: delete {} first",
+                           wanted.secondary, own->name);
     }
     return "";
 }

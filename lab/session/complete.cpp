@@ -68,7 +68,9 @@ Candidates known_vlans(const State &state)
     Candidates names;
     if (state.config) {
         for (const auto &[name, vlan] : state.config->vlans) {
-            names.push_back(name);
+            if (vlan.refused.empty()) {
+                names.push_back(name);
+            }
         }
     }
     return names;
@@ -90,16 +92,47 @@ Candidates behind_interface(const State &state, const Words &words)
     return words.size() == 3 && verb == "set" ? values_of(words[2]) : Candidates{};
 }
 
+Candidates router_macs(const State &state)
+{
+    Candidates macs;
+    for (const auto &[station, mac] : state.layer.router_macs()) {
+        macs.push_back(config::mac_text(mac));
+    }
+    return macs;
+}
+
+/** The virtual MACs that an interface has. */
+Candidates virtual_macs(const State &state, const std::string &interface)
+{
+    const Table table = station_table(state.scene());
+    const std::size_t mac = *table.column("mac");
+    const std::size_t owner = *table.column("owner");
+    const std::size_t role = *table.column("role");
+    Candidates macs;
+    for (const Row &row : table.rows) {
+        if (row.cells[owner] == interface && row.cells[role] == "virtual MAC") {
+            macs.push_back(row.cells[mac]);
+        }
+    }
+    return macs;
+}
+
 /** What may stand behind the words of a command that adds and deletes. */
 Candidates behind_add_del(const State &state, const Words &words)
 {
     if (words.size() == 1) {
         return {"add", "del"};
     }
-    if (words.front() == "vmac" && words.size() == 2) {
-        return state.interface_names();
+    const bool deletes = words[1] == "del";
+    if (words.front() == "rmac") {
+        return deletes && words.size() == 2 ? router_macs(state) : Candidates{};
     }
-    return words.front() == "pvlan" ? known_vlans(state) : Candidates{};
+    if (words.front() == "vmac") {
+        return words.size() == 2              ? state.interface_names()
+               : deletes && words.size() == 3 ? virtual_macs(state, words[2])
+                                              : Candidates{};
+    }
+    return words.size() <= 3 ? known_vlans(state) : Candidates{};
 }
 
 Candidates known_vrfs(const State &state)
@@ -227,6 +260,36 @@ Candidates keys_shown(const State &state, const std::string &name)
     return keys;
 }
 
+/** What may stand behind the words of an expectation. */
+Candidates behind_expect(const State &state, const Words &words)
+{
+    const auto subject = words.begin() + (!words.empty() && words.front() == "no" ? 1 : 0);
+    if (subject != words.end() && *subject == "explain") {
+        return explain_continuations({subject + 1, words.end()}, state);
+    }
+    return expect_continuations(words, state.scene());
+}
+
+/** What may stand behind a command whose first word is one of a few. */
+Candidates known_words(const std::string &verb)
+{
+    if (verb == "ipv6") {
+        return {"on", "off"};
+    }
+    if (verb == "show") {
+        return show_names();
+    }
+    if (verb == "fail") {
+        Candidates names = platform_functions();
+        names.emplace_back("off");
+        return names;
+    }
+    if (verb == "restart") {
+        return {"cold", "fast", "restore"};
+    }
+    return verb == "help" ? verb_names() : Candidates{};
+}
+
 /** All that may follow some finished words. */
 Candidates following(const State &state, const Words &words, const std::string &typed)
 {
@@ -262,7 +325,7 @@ Candidates following(const State &state, const Words &words, const std::string &
         return explain_continuations({words.begin() + 1, words.end()}, state);
     }
     if (verb == "expect") {
-        return expect_continuations({words.begin() + 1, words.end()}, state.scene());
+        return behind_expect(state, {words.begin() + 1, words.end()});
     }
     if (words.size() == 2 && verb == "show") {
         return keys_shown(state, words[1]);
@@ -276,18 +339,7 @@ Candidates following(const State &state, const Words &words, const std::string &
     if (verb == "dump") {
         return state.interface_names();
     }
-    if (verb == "ipv6") {
-        return {"on", "off"};
-    }
-    if (verb == "show") {
-        return show_names();
-    }
-    if (verb == "fail") {
-        Candidates names = platform_functions();
-        names.emplace_back("off");
-        return names;
-    }
-    return verb == "help" ? verb_names() : Candidates{};
+    return known_words(verb);
 }
 
 } // namespace

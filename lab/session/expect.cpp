@@ -8,6 +8,7 @@
 #include "session/nearest.h"
 #include "session/platform_functions.h"
 #include "session/tables.h"
+#include "session/words.h"
 
 #include "report/text.h"
 
@@ -26,10 +27,11 @@ namespace lab::session
 namespace
 {
 
-constexpr std::array<std::string_view, 3> OUTCOMES = {"code", "call", "message"};
+// What isn't a row of a table; run_expect has the last one.
+constexpr std::array<std::string_view, 4> OTHER_SUBJECTS = {"code", "call", "message", "explain"};
 constexpr std::string_view COUNT = "count";
 // How many calls or messages are shown as what was seen instead.
-constexpr std::size_t SHOWN_MAX = 6;
+constexpr std::size_t SEEN_MAX = 6;
 
 const TableKind *find_kind(std::string_view subject)
 {
@@ -39,30 +41,6 @@ const TableKind *find_kind(std::string_view subject)
         }
     }
     return nullptr;
-}
-
-/** What is expected, as it was written. */
-std::string written(const Words &words)
-{
-    std::string text;
-    for (const std::string &word : words) {
-        text += text.empty() ? "" : " ";
-        text += as_written(word);
-    }
-    return text;
-}
-
-std::string some_of(const std::vector<std::string> &lines)
-{
-    const std::size_t shown = std::min(lines.size(), SHOWN_MAX);
-    std::string text;
-    for (std::size_t i = 0; i < shown; ++i) {
-        text += fmt::format("\n      {}", lines[i]);
-    }
-    if (shown < lines.size()) {
-        text += fmt::format("\n      and {} more", lines.size() - shown);
-    }
-    return text;
 }
 
 // What the last command came to.
@@ -106,20 +84,21 @@ void check_call(const Words &words, bool wanted, const LastRequest &last)
         }
         const Comparison comparison = take_comparison({tail.begin() + 1, tail.end()});
         if (!holds(comparison, {fmt::to_string(found.size())})) {
-            throw Unmet(written(words), fmt::format("{}{}", report::counted(found.size(), "call"),
-                                                    some_of(of_function)));
+            throw Unmet(as_written(words),
+                        fmt::format("{}{}", report::counted(found.size(), "call"),
+                                    first_lines(of_function, SEEN_MAX)));
         }
         return;
     }
     if (wanted && found.empty()) {
         throw Unmet(
-            written(words),
+            as_written(words),
             of_function.empty()
                 ? fmt::format("{}, none of {}", report::counted(calls.size(), "call"), function)
-                : some_of(of_function));
+                : first_lines(of_function, SEEN_MAX));
     }
     if (!wanted && !found.empty()) {
-        throw Unmet("no " + written(words), some_of(found));
+        throw Unmet("no " + as_written(words), first_lines(found, SEEN_MAX));
     }
 }
 
@@ -137,13 +116,14 @@ void check_message(const Words &words, bool wanted, const LastRequest &last)
     }
     if (wanted && found.empty()) {
         const auto errors = last.errors();
-        throw Unmet(written(words),
-                    fmt::format("{}, none with that text; {}{}",
-                                report::counted(last.messages().size(), "message"),
-                                errors.empty() ? "no error" : "the errors are:", some_of(errors)));
+        throw Unmet(
+            as_written(words),
+            fmt::format(
+                "{}, none with that text; {}{}", report::counted(last.messages().size(), "message"),
+                errors.empty() ? "no error" : "the errors are:", first_lines(errors, SEEN_MAX)));
     }
     if (!wanted && !found.empty()) {
-        throw Unmet("no " + written(words), some_of(found));
+        throw Unmet("no " + as_written(words), first_lines(found, SEEN_MAX));
     }
 }
 
@@ -156,7 +136,8 @@ void check_code(const Words &words, bool wanted, const LastRequest &last)
     need_request(last);
     if (!holds(comparison, {fmt::to_string(last.code())})) {
         const auto errors = last.errors();
-        throw Unmet(written(words), fmt::format("code {}{}", last.code(), some_of(errors)));
+        throw Unmet(as_written(words),
+                    fmt::format("code {}{}", last.code(), first_lines(errors, SEEN_MAX)));
     }
 }
 
@@ -193,7 +174,7 @@ void check_count(const Table &table, const Words &words, const Words &key,
 {
     const std::size_t count = key.empty() ? table.count() : table.find(key.front()).size();
     if (!holds(comparison, {fmt::to_string(count)})) {
-        throw Unmet(written(words), fmt::to_string(count));
+        throw Unmet(as_written(words), fmt::to_string(count));
     }
 }
 
@@ -201,6 +182,12 @@ void check_presence(const Table &table, const Words &words, bool wanted)
 {
     if (words[1] == COUNT) {
         throw UsageError("put '=' and a number behind count");
+    }
+    const auto sign = std::find_if(words.begin() + 2, words.end(), [](const std::string &word) {
+        return !word.empty() && word.find_first_not_of("=!<>") == std::string::npos;
+    });
+    if (sign != words.end()) {
+        throw UsageError(fmt::format("a value is compared by = or !=, not by '{}'", *sign));
     }
     if (words.size() != 2) {
         throw UsageError(fmt::format("put '=' and a value behind it, as in: expect {} {} {} = …",
@@ -211,7 +198,7 @@ void check_presence(const Table &table, const Words &words, bool wanted)
         check_key(table, words[1]);
     }
     if (rows.empty() == wanted) {
-        throw Unmet((wanted ? "" : "no ") + written(words),
+        throw Unmet((wanted ? "" : "no ") + as_written(words),
                     wanted ? fmt::format("no {} {}", table.subject, words[1]) : "it is there");
     }
 }
@@ -232,7 +219,7 @@ void check_single(const Table &table, const Words &words, bool wanted, const Sce
     const auto values = values_of(table, {&table.rows.front()}, {words[1]}, scene);
     if (!holds(comparison, values)) {
         const std::string &seen = values.front();
-        throw Unmet(written(words), seen.empty() ? "nothing" : seen);
+        throw Unmet(as_written(words), seen.empty() ? "nothing" : seen);
     }
 }
 
@@ -268,15 +255,72 @@ void check_table(const Table &table, const Words &words, bool wanted, const Scen
     if (rows.empty() && !keyless) {
         check_key(table, key.front());
         values_of(table, rows, field, scene);
-        throw Unmet(written(words), fmt::format("no {} {}", table.subject, key.front()));
+        throw Unmet(as_written(words), fmt::format("no {} {}", table.subject, key.front()));
     }
     const auto values = values_of(table, rows, field, scene);
     if (!holds(comparison, values)) {
-        throw Unmet(written(words), fmt::format("{}", fmt::join(values, " and ")));
+        throw Unmet(as_written(words), fmt::format("{}", fmt::join(values, " and ")));
     }
 }
 
+// What may come next.
+
+Words signs()
+{
+    return {"=", "!="};
+}
+
+/** What may stand behind a table's subject. */
+Words keys_expected(const Table &table)
+{
+    Words keys = table.known_keys;
+    for (const Row &row : table.rows) {
+        if (row.shown) {
+            keys.insert(keys.end(), row.keys.begin(), row.keys.end());
+        }
+    }
+    keys.emplace_back(table.subject == "switch" ? "control" : COUNT);
+    return keys;
+}
+
+/** What may stand behind a table's subject and key. @param words  those, and more, but no sign */
+Words behind_key(const Table &table, const Words &words)
+{
+    const std::string &key = words[1];
+    if (table.subject == "switch" && key == "control") {
+        return words.size() == 3 ? signs() : Words{};
+    }
+    if (words.size() == 2) {
+        Words next = signs();
+        if (key == COUNT) {
+            return next;
+        }
+        const Words fields = table.fields();
+        next.insert(next.end(), fields.begin(), fields.end());
+        if (table.subject == "port") {
+            next.insert(next.end(), {"control", "vlan-control"});
+        }
+        next.emplace_back(COUNT);
+        return next;
+    }
+    const bool numbered = words[2] == "control" || words[2] == "vlan-control";
+    return words.size() == (numbered ? 4 : 3) ? signs() : Words{};
+}
+
 } // namespace
+
+std::string first_lines(const std::vector<std::string> &lines, std::size_t most)
+{
+    const std::size_t shown = std::min(lines.size(), most);
+    std::string text;
+    for (std::size_t i = 0; i < shown; ++i) {
+        text += fmt::format("\n      {}", lines[i]);
+    }
+    if (shown < lines.size()) {
+        text += fmt::format("\n      and {} more", lines.size() - shown);
+    }
+    return text;
+}
 
 void check(const Words &words, const Scene &scene, const LastRequest &last)
 {
@@ -307,7 +351,7 @@ bool looks_at_outcome(const Words &words)
 
 std::vector<std::string> expect_subjects()
 {
-    std::vector<std::string> subjects(OUTCOMES.begin(), OUTCOMES.end());
+    std::vector<std::string> subjects(OTHER_SUBJECTS.begin(), OTHER_SUBJECTS.end());
     for (const TableKind &kind : table_kinds()) {
         subjects.emplace_back(kind.subject);
     }
@@ -325,11 +369,17 @@ std::vector<std::string> expect_continuations(const Words &words, const Scene &s
         return subjects;
     }
     const std::size_t behind = words.size() - at;
-    if (words[at] == "code" && behind == 1) {
-        return {"=", "!="};
+    if (find_sign(words) != words.size()) {
+        return {};
     }
-    if (words[at] == "call" && behind == 1) {
-        return platform_functions();
+    if (words[at] == "code") {
+        return behind == 1 && at == 0 ? signs() : Words{};
+    }
+    if (words[at] == "call") {
+        return behind == 1              ? platform_functions()
+               : behind == 2 && at == 0 ? Words{std::string(COUNT)}
+               : behind == 3 && at == 0 ? signs()
+                                        : Words{};
     }
     const TableKind *kind = find_kind(words[at]);
     if (kind == nullptr) {
@@ -337,26 +387,12 @@ std::vector<std::string> expect_continuations(const Words &words, const Scene &s
     }
     const Table table = kind->make(scene);
     if (table.single) {
-        return behind == 1   ? table.fields()
-               : behind == 2 ? std::vector<std::string>{"=", "!="}
-                             : std::vector<std::string>{};
+        return behind == 1 ? table.fields() : behind == 2 ? signs() : Words{};
     }
     if (behind == 1) {
-        std::vector<std::string> keys = table.known_keys;
-        for (const Row &row : table.rows) {
-            if (row.shown) {
-                keys.insert(keys.end(), row.keys.begin(), row.keys.end());
-            }
-        }
-        keys.emplace_back(table.subject == "switch" ? "control" : COUNT);
-        return keys;
+        return keys_expected(table);
     }
-    auto next = behind == 2 ? table.fields() : std::vector<std::string>{};
-    if (behind == 2 && table.subject == "port") {
-        next.insert(next.end(), {"control", "vlan-control"});
-    }
-    next.insert(next.end(), {"=", "!="});
-    return next;
+    return at == 0 ? behind_key(table, words) : Words{};
 }
 
 } // namespace lab::session

@@ -20,6 +20,7 @@
 #include "session/scene.h"
 #include "session/words.h"
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,12 @@ namespace lab::session
  * @throws UsageError for one that makes no sense, Unmet for one that isn't met
  */
 void check(const Words &words, const Scene &scene, const LastRequest &last);
+
+/**
+ * What was seen in place of what was expected: the first lines, each on a line of its own, and
+ * how many more there are.
+ */
+std::string first_lines(const std::vector<std::string> &lines, std::size_t most);
 
 /** Whether it looks at what the last command came to: its code or a message. */
 bool looks_at_outcome(const Words &words);

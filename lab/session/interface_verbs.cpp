@@ -8,6 +8,7 @@
 #include "config/shown.h"
 #include "l3lif/bring_up.h"
 #include "l3lif/families.h"
+#include "l3lif/interface_state.h"
 #include "l3lif/plans.h"
 #include "l3lif/property_requests.h"
 #include "l3lif/restart_state.h"
@@ -33,6 +34,21 @@ bool is_label(const Property &property)
     return property.store == nullptr;
 }
 
+/** Refuses the interface of a private VLAN's secondary, for which the primary's routes. */
+void need_no_secondary(const State &state, const l3lif::LifPlan &plan)
+{
+    if (plan.kind != config::Kind::svi) {
+        return;
+    }
+    for (const l3lif::Pair &pair : state.layer.pairs()) {
+        if (pair.plan.secondary == plan.vlan) {
+            throw Impossible(fmt::format("VLAN {} is a secondary of VLAN {}, whose interface "
+                                         "routes for it: end the pair first",
+                                         plan.vlan, pair.plan.primary));
+        }
+    }
+}
+
 } // namespace
 
 std::string count_up(const Scene &scene)
@@ -54,7 +70,9 @@ Outcome run_up(State &state, const Words &words)
             fmt::format("{} is up already: a session has one configuration", state.config->file));
     }
     try {
-        auto config = config::read_config(state.folder / words.front());
+        auto config = state.given_config ? config::read_config_text(state.given_config->text,
+                                                                    state.given_config->name)
+                                         : config::read_config(state.folder / words.front());
         l3lif::keep_config(state.hardware.state_dir(), state.folder / words.front());
         state.config = std::move(config);
     } catch (const config::UnusableFile &error) {
@@ -96,6 +114,7 @@ Outcome run_up(State &state, const Words &words)
 Outcome run_add(State &state, const Words &words)
 {
     l3lif::Interface &interface = state.interface(words.front());
+    need_no_secondary(state, interface.lif->plan());
     const std::string command = command_text("add", words);
     return state.finish(command, {{command, state.layer.bring_up(interface)}});
 }
@@ -110,8 +129,10 @@ Outcome run_del(State &state, const Words &words)
     const bool keep = words.size() == 2;
     const l3lif::Standing standing = interface.standing();
     if (standing == l3lif::Standing::down || (keep && standing == l3lif::Standing::kept)) {
-        throw Impossible(fmt::format("{} is {} already", name,
-                                     standing == l3lif::Standing::down ? "down" : "kept"));
+        const std::string_view shown = l3lif::state_of(state.hardware.chip, interface, {});
+        throw Impossible(shown == "failed"
+                             ? fmt::format("{} has failed and left nothing to delete", name)
+                             : fmt::format("{} is {} already", name, shown));
     }
     const auto subinterfaces = state.layer.routed().subinterfaces_of(interface);
     if (!subinterfaces.empty()) {

@@ -208,17 +208,18 @@ Table station_table(const Scene &scene)
         "station",
         {{"STATION", true}, {"MAC"}, {"VLAN", true}, {"PORT"}, {"FLAGS"}, {"OWNER"}, {"ROLE"}},
         {},
-        {}};
+        scene.interface_names()};
     const auto owners = station_owners(scene);
     for (const auto &[number, station] : scene.hardware.chip.stations.all()) {
         const auto owner = owners.find(number);
         const bool known = owner != owners.end();
-        table.rows.push_back({{fmt::to_string(number), chip::text(station.mac)},
-                              {fmt::to_string(number), chip::text(station.mac),
-                               station.vlan_mask == 0 ? "" : fmt::to_string(station.vlan),
-                               station.src_port_mask == 0 ? "" : scene.port_text(station.src_port),
-                               hex(station.flags), known ? owner->second.name : "",
-                               known ? std::string(owner->second.role) : ""}});
+        Row row{{fmt::to_string(number), chip::text(station.mac)},
+                {fmt::to_string(number), chip::text(station.mac),
+                 station.vlan_mask == 0 ? "" : fmt::to_string(station.vlan),
+                 station.src_port_mask == 0 ? "" : scene.port_text(station.src_port),
+                 hex(station.flags), known ? owner->second.name : "",
+                 known ? std::string(owner->second.role) : ""}};
+        table.add(std::move(row), known ? owner->second.name : "");
     }
     return table;
 }

@@ -74,8 +74,11 @@ constexpr std::array PROPERTIES = {
                                      property.first, property.last, word));
     }
     const bool two = property.kind == on_off;
-    throw UsageError(fmt::format("{} is {}, not '{}'", property.name,
-                                 two ? "on or off" : "strict, loose or off", word));
+    const auto meant =
+        two ? nearest(word, {"on", "off"}) : nearest(word, {"strict", "loose", "off"});
+    throw UsageError(fmt::format("{} is {}, not '{}'{}", property.name,
+                                 two ? "on or off" : "strict, loose or off", word,
+                                 meant ? fmt::format(": did you mean '{}'?", *meant) : ""));
 }
 
 } // namespace

@@ -104,6 +104,9 @@ Outcome begin_again(State &state, l3lif::RestartMode mode)
     std::vector<Step> steps =
         mode == RestartMode::restore ? restored(state) : brought_up(state, mode);
     state.routing.configure(*state.config);
+    if (mode == RestartMode::restore) {
+        state.routing.take_over();
+    }
     Outcome outcome =
         state.finish(fmt::format("restart {}", l3lif::mode_name(mode)), std::move(steps));
     outcome.summary = fmt::format(

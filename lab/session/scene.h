@@ -32,7 +32,7 @@ namespace lab::session
 struct SceneInterface {
     std::string name;
     std::string_view kind;  ///< "port", "svi"
-    std::string_view state; ///< "up", "failed", "kept", "down"
+    std::string_view state; ///< "up", "stopped", "failed", "kept", "down"
     l3lif::HardwareView view;
 };
 

@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 namespace lab::session
 {
@@ -70,6 +71,8 @@ public:
      */
     Outcome execute(std::string_view line);
 
+    /** From now on `up` brings this up, whatever file it names. */
+    void give_config(GivenConfig config) { state_.given_config = std::move(config); }
     /** From now on `packet` shows its whole trace. @param colour  coloured, for a terminal */
     void tell_packets(bool colour)
     {

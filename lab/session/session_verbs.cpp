@@ -58,9 +58,20 @@ void parse_place(const std::string &word, simswitch::Fault &fault)
     const auto nth = config::parse_number(word);
     if (!nth || *nth == 0) {
         throw UsageError(
-            fmt::format("which call fails is a number from 1, or 'always', not '{}'", word));
+            fmt::format("which call fails is a number from 1, or 'always', not '{}'{}", word,
+                        nearest(word, {std::string(ALWAYS)}) ? ": did you mean 'always'?" : ""));
     }
     fault.nth = *nth;
+}
+
+/** Looks whether a word can stand alone behind `fail`, or begin what stands there. */
+void check_fault(const std::string &word)
+{
+    std::vector<std::string> known = platform_functions();
+    known.emplace_back("off");
+    if (std::find(known.begin(), known.end(), word) == known.end()) {
+        throw UsageError(unknown("function", word, known));
+    }
 }
 
 /**
@@ -144,6 +155,7 @@ Outcome run_fail(State &state, const Words &words)
 {
     if (words.size() == 1) {
         if (words.front() != "off") {
+            check_fault(words.front());
             throw UsageError("the code is missing that the call fails with, such as -1");
         }
         state.hardware.journal.disarm();
@@ -204,6 +216,12 @@ Outcome run_show(State &state, const Words &words)
 
 Outcome run_expect(State &state, const Words &words)
 {
+    const bool wanted = words.front() != "no";
+    const Words what(words.begin() + (wanted ? 0 : 1), words.end());
+    if (!what.empty() && what.front() == "explain") {
+        check_explanation(state, what, wanted);
+        return {"as expected"};
+    }
     check(words, state.scene(), state.last);
     Outcome outcome{"as expected"};
     outcome.looked = looks_at_outcome(words);

@@ -5,6 +5,7 @@
 
 #include "config/address.h"
 #include "config/names.h"
+#include "l3lif/interface_state.h"
 #include "session/errors.h"
 #include "session/nearest.h"
 
@@ -37,19 +38,6 @@ int number_of(const l3lif::Interface &interface)
     return hardware.brcm_prog_complete != 0 ? hardware.prev_l3_if_index : hardware.l3intf_id;
 }
 
-std::string_view state_of(const l3lif::Interface &interface, const l3lif::HardwareView &view)
-{
-    switch (interface.standing()) {
-    case l3lif::Standing::down:
-        return "down";
-    case l3lif::Standing::kept:
-        return "kept";
-    case l3lif::Standing::up:
-        break;
-    }
-    return view.missing.empty() ? "up" : "failed";
-}
-
 void name_interfaces(const State &state, Scene &scene)
 {
     for (const auto &interface : state.layer.interfaces()) {
@@ -61,7 +49,7 @@ void name_interfaces(const State &state, Scene &scene)
         } else {
             shown.view.iif = number_of(*interface);
         }
-        shown.state = state_of(*interface, shown.view);
+        shown.state = l3lif::state_of(state.hardware.chip, *interface, shown.view);
         scene.interfaces.push_back(std::move(shown));
         scene.ifindexes[plan.ifindex] = plan.name;
         if (const int iif = number_of(*interface); iif != 0) {
@@ -120,7 +108,9 @@ Scene State::scene() const
         }
     }
     for (const auto &[name, vlan] : config->vlans) {
-        scene.vlans[vlan.id] = name;
+        if (vlan.refused.empty()) {
+            scene.vlans[vlan.id] = name;
+        }
     }
     return scene;
 }
@@ -197,7 +187,10 @@ std::uint16_t State::vlan(std::string_view word) const
     std::vector<std::string> names;
     const auto number = config::parse_number(word);
     for (const auto &[name, vlan] : config->vlans) {
-        if (vlan.refused.empty() && (name == word || (number && *number == vlan.id))) {
+        if (!vlan.refused.empty()) {
+            continue;
+        }
+        if (name == word || (number && *number == vlan.id)) {
             return vlan.id;
         }
         names.push_back(name);

@@ -41,6 +41,12 @@ struct Outcome {
     std::optional<l3lif::RestartMode> restart = {};
 };
 
+/** A configuration that is at hand. */
+struct GivenConfig {
+    std::string name; ///< for messages
+    std::string text;
+};
+
 /** A session's state. */
 struct State {
     simswitch::Switch &hardware;
@@ -50,6 +56,7 @@ struct State {
     l3lif::Layer layer{hardware};
     simswitch::chip::pipeline::Pipeline pipeline{hardware.chip};
     routing::Routing routing{hardware, layer, pipeline.l2()};
+    std::optional<GivenConfig> given_config = {};   ///< `up` takes it in place of its file
     std::optional<config::Description> config = {}; ///< once one is up
     LastRequest last = {};
     std::optional<packet::Explanation> packet = {}; ///< the last packet, once there was one

@@ -55,24 +55,24 @@ constexpr std::array VERBS = {
         0, 1, run_dump},
     Verb{"packet", "packet --in PORT --ip SRC DST …",
          "traces a packet, and tells where it goes; docs/packets.md has the options", 1, ANY_NUMBER,
-         run_packet},
+         run_packet, true},
     Verb{"explain", "explain KIND N",
          "tells what a number stands for: of an iif, vlan, station, port or egress", 2, 2,
-         run_explain},
+         run_explain, true},
     Verb{"fail", "fail FUNCTION [N|always] CODE | fail off",
          "makes the next, the N-th or each call of a function of the platform fail", 1, 3,
          run_fail},
     Verb{"show", "show TABLE [KEY]", "shows what the chip holds, or the calls of the last command",
-         1, 2, run_show},
+         1, 2, run_show, true},
     Verb{"expect", "expect [no] WHAT …", "checks something; a script fails when it isn't so", 1,
-         ANY_NUMBER, run_expect},
+         ANY_NUMBER, run_expect, true},
     Verb{"save", "save", "writes out what waits, and tells what is stored (--state)", 0, 0,
-         run_save},
+         run_save, true},
     Verb{"restart", "restart restore|fast|cold",
          "ends the process and begins another one on what it leaves (scripts, --state)", 1, 1,
          run_restart},
-    Verb{"help", "help [COMMAND]", "lists the commands, or tells of one", 0, 1, run_help},
-    Verb{"quit", "quit", "ends the session", 0, 0, run_quit},
+    Verb{"help", "help [COMMAND]", "lists the commands, or tells of one", 0, 1, run_help, true},
+    Verb{"quit", "quit", "ends the session", 0, 0, run_quit, true},
 };
 
 } // namespace
@@ -90,6 +90,12 @@ std::vector<std::string> verb_names()
         names.emplace_back(known.name);
     }
     return names;
+}
+
+bool only_looks(std::string_view name)
+{
+    const auto *const found = std::ranges::find(VERBS, name, &Verb::name);
+    return found == VERBS.end() || found->looks;
 }
 
 const Verb &verb(std::string_view name)

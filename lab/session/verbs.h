@@ -35,6 +35,7 @@ struct Verb {
     std::size_t max;        ///< arguments at most
     /** Does it. @param words  the arguments, without the command's name */
     Outcome (*run)(State &state, const Words &words);
+    bool looks = false; ///< it only looks: a recording does without
 };
 
 /** All commands, in the order of help. */
@@ -45,6 +46,9 @@ std::vector<std::string> verb_names();
 
 /** The command of a name. @throws UsageError for an unknown one, with the nearest */
 const Verb &verb(std::string_view name);
+
+/** Whether a command only looks at the switch; an unknown one does nothing at all. */
+bool only_looks(std::string_view name);
 
 // On interfaces. All throw UsageError and Impossible.
 Outcome run_up(State &state, const Words &words);
@@ -87,6 +91,15 @@ std::string packet_text(const State &state);
 
 /** The words that may follow those behind `packet`. */
 std::vector<std::string> packet_continuations(const Words &words, const State &state);
+
+/**
+ * Checks what a number stands for.
+ *
+ * @param words   "explain KIND N", and perhaps a text that has to be in one of its lines
+ * @param wanted  whether it has to stand for something, or to have the text
+ * @throws UsageError for anything else, and for a number that the chip can't have; Unmet
+ */
+void check_explanation(const State &state, const Words &words, bool wanted);
 
 /** The words that may follow those behind `explain`. */
 std::vector<std::string> explain_continuations(const Words &words, const State &state);

@@ -145,4 +145,14 @@ std::string as_written(std::string_view word)
     return text + QUOTE;
 }
 
+std::string as_written(const Words &words)
+{
+    std::string text;
+    for (const std::string &word : words) {
+        text += text.empty() ? "" : " ";
+        text += as_written(word);
+    }
+    return text;
+}
+
 } // namespace lab::session

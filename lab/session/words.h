@@ -51,4 +51,7 @@ bool can_be_shown(std::string_view text);
 /** A word as it is written: in quotes where it needs them. */
 std::string as_written(std::string_view word);
 
+/** A line as it is written, its words one blank apart. */
+std::string as_written(const Words &words);
+
 } // namespace lab::session

@@ -6,8 +6,8 @@
 _rtif_options() {
     case $1 in
     up) echo "--chip --state --json --calls --trace --then-down --record" ;;
-    run) echo "--chip --state --quiet" ;;
-    shell) echo "--chip --state" ;;
+    run) echo "--chip --state --record --quiet" ;;
+    shell) echo "--chip --state --record" ;;
     default-routes) echo "--read --json --force --config" ;;
     restart) echo "--state --mode --config --default-routes --then-up --json --calls --trace" ;;
     check) echo "--state --json" ;;
@@ -47,7 +47,7 @@ _rtif_value() {
     report--out | report-o) _rtif_files "*.html" ;;
     *--config) _rtif_files "*.json" ;;
     packet--pcap) _rtif_files "*.pcap" ;;
-    up--record | default-routes--read | restart--default-routes) _rtif_files "*" ;;
+    *--record | default-routes--read | restart--default-routes) _rtif_files "*" ;;
     packet--proto) _rtif_words "udp tcp icmp" ;;
     packet--dmac) _rtif_words "router broadcast" ;;
     packet--neighbor | packet--in | packet--vlan | packet--smac | packet--ip | packet--arp) ;;

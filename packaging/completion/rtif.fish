@@ -49,11 +49,13 @@ complete -c rtif -n '__rtif_in up' -a '(__rtif_files .json)'
 
 complete -c rtif -n '__rtif_in run' -l chip -x -a 'trident trident2' -d 'the kind of chip'
 complete -c rtif -n '__rtif_in run' -l state -x -a '(__fish_complete_directories)' -d 'folder of chip and persistent store'
+complete -c rtif -n '__rtif_in run' -l record -r -F -d 'write all requests and calls into a file'
 complete -c rtif -n '__rtif_in run' -l quiet -d 'print failures only'
 complete -c rtif -n '__rtif_in run' -a '(__rtif_files .rtif)'
 
 complete -c rtif -n '__rtif_in shell' -l chip -x -a 'trident trident2' -d 'the kind of chip'
 complete -c rtif -n '__rtif_in shell' -l state -x -a '(__fish_complete_directories)' -d 'folder of chip and persistent store'
+complete -c rtif -n '__rtif_in shell' -l record -r -F -d 'write all requests and calls into a file'
 
 complete -c rtif -n '__rtif_in default-routes' -l read -r -F -d 'show this file'
 complete -c rtif -n '__rtif_in default-routes' -l json -d 'with --read: print JSON'

@@ -135,7 +135,23 @@ TEST(BadRow, AddressesDontComeUpWithoutTheirVrf)
     EXPECT_EQ(
         interface_reasons(R"("Ethernet0": {"vrf_name": "Vrf_b"}, "Ethernet0|10.0.0.1/31": {})"),
         (Lines{"Ethernet0: vrf_name \"Vrf_b\" names no row of VRF",
-               "Ethernet0|10.0.0.1/31: the row \"Ethernet0\" is skipped"}));
+               "Ethernet0|10.0.0.1/31: its interface \"Ethernet0\" isn't taken: vrf_name \"Vrf_b\" "
+               "names no row of VRF"}));
+}
+
+TEST(BadRow, ThatItIsSkippedIsSaidOnce)
+{
+    const auto config = read(R"({"PORT": {"Ethernet0": {}, "Ethernet4": {"mtu": "9"}},
+        "INTERFACE": {"Ethernet0": {"vrf_name": "Vrf_b"}, "Ethernet0|10.0.0.1/31": {},
+                      "Ethernet4": {}, "Ethernet4|10.0.0.3/31": {}, "Ethernet4|10.0.0.5/31": []},
+        "NEIGH": {"Ethernet0|10.0.0.0": {}}, "LOOPBACK_INTERFACE": {"Loopback0": {}}})");
+    const Lines lines = messages(config);
+    EXPECT_EQ(lines.size(), 8U);
+    for (const std::string &line : lines) {
+        const std::size_t end = line.find("; the row is skipped");
+        EXPECT_EQ(end, line.size() - std::string_view("; the row is skipped").size()) << line;
+        EXPECT_EQ(line.find("skip"), end + std::string_view("; the row is ").size()) << line;
+    }
 }
 
 TEST(BadRow, VrfNames)

@@ -107,7 +107,8 @@ TEST(PortChannels, WithoutMembersAreNotTaken)
         "VLAN_SUB_INTERFACE": {"PortChannel1.10": {}})"),
               (Lines{"PortChannel1: PortChannel1 has no members, and without them no trunk in "
                      "the chip",
-                     "PortChannel1|10.0.0.1/31: the row \"PortChannel1\" is skipped",
+                     "PortChannel1|10.0.0.1/31: its interface \"PortChannel1\" isn't taken: "
+                     "PortChannel1 has no members, and without them no trunk in the chip",
                      "PortChannel1.10: PortChannel1 has no members, and without them no trunk in "
                      "the chip"}));
 }

@@ -67,6 +67,12 @@ TEST(Ports, WithoutATableAreThoseThatInterfaceRowsName)
               "leaf.json: there is no PORT table; its ports are the 3 that interface rows name");
 }
 
+TEST(Ports, WithoutATableMayBeOne)
+{
+    EXPECT_EQ(read(R"({"INTERFACE": {"Ethernet16": {}}})").notes[1],
+              "leaf.json: there is no PORT table; its port is the one that interface rows name");
+}
+
 TEST(Ports, The105thIsRefused)
 {
     std::string rows;

@@ -80,7 +80,7 @@ TEST_F(SessionAddresses, APairMirrorsTheRouterIntoTheSecondary)
     run_all({"pvlan del 100 Vlan101"});
     expect_met({"vlan 101 iif = 0", "no station 3", "station 2"});
     // The VLANs are ordinary ones again.
-    run_all({"pvlan add 101 100", "pvlan del 101 100"});
+    run_all({"del Vlan100", "pvlan add 101 100", "pvlan del 101 100"});
 }
 
 TEST_F(SessionAddresses, APairIsMadeOfVlansThatCanBeOne)

@@ -2,6 +2,7 @@
  * session_complete_test.cpp: what may stand at the cursor of a session's line.
  */
 #include "session/complete.h"
+#include "session/verbs.h"
 #include "session_run.h"
 #include "up_run.h"
 
@@ -119,10 +120,82 @@ TEST_F(SessionComplete, ExpectationsWordByWord)
     EXPECT_EQ(after("expect no vlan Vl"), (Words{"Vlan100", "Vlan101"}));
     EXPECT_EQ(after("expect vlan 100 fl"), Words{"flags"});
     EXPECT_EQ(after("expect vlan 100 flags "), (Words{"!=", "="}));
-    EXPECT_EQ(after("expect port Ethernet0 c"), Words{"control"});
+    EXPECT_EQ(after("expect port Ethernet0 c"), (Words{"control", "count"}));
     EXPECT_EQ(after("expect station co"), Words{"count"});
     EXPECT_EQ(after("expect call bcm_trunk_g"), Words{"bcm_trunk_get"});
     EXPECT_EQ(after("expect code "), (Words{"!=", "="}));
+}
+
+TEST_F(SessionComplete, ExpectationsEndWhereTheyEnd)
+{
+    up();
+    EXPECT_EQ(after("expect code = "), Words{});
+    EXPECT_EQ(after("expect no code "), Words{});
+    EXPECT_EQ(after("expect vlan count "), (Words{"!=", "="}));
+    EXPECT_EQ(after("expect vlan count = "), Words{});
+    EXPECT_EQ(after("expect xlate Ethernet4.10 co"), Words{"count"});
+    EXPECT_EQ(after("expect vlan 100 flags = "), Words{});
+    EXPECT_EQ(after("expect vlan 100 = "), Words{});
+    EXPECT_EQ(after("expect no vlan 100 "), Words{});
+    EXPECT_EQ(after("expect call bcm_trunk_get "), Words{"count"});
+    EXPECT_EQ(after("expect call bcm_trunk_get count "), (Words{"!=", "="}));
+    EXPECT_EQ(after("expect no call bcm_trunk_g"), Words{"bcm_trunk_get"});
+    EXPECT_EQ(after("expect no call bcm_trunk_get "), Words{});
+    EXPECT_EQ(after("expect port Ethernet0 control "), Words{});
+    EXPECT_EQ(after("expect port Ethernet0 control 8 "), (Words{"!=", "="}));
+    EXPECT_EQ(after("expect port Ethernet0 control 8 = "), Words{});
+    EXPECT_EQ(after("expect switch con"), Words{"control"});
+    EXPECT_EQ(after("expect switch control "), Words{});
+    EXPECT_EQ(after("expect switch control 89 "), (Words{"!=", "="}));
+    EXPECT_EQ(after("expect packet fate "), (Words{"!=", "="}));
+    EXPECT_EQ(after("expect packet fate = "), Words{});
+}
+
+TEST_F(SessionComplete, ExpectationsOfWhatANumberStandsFor)
+{
+    up();
+    EXPECT_EQ(after("expect expl"), Words{"explain"});
+    EXPECT_EQ(after("expect explain "), (Words{"egress", "iif", "port", "station", "vlan"}));
+    EXPECT_EQ(after("expect no explain v"), Words{"vlan"});
+    EXPECT_EQ(after("expect explain vlan 10"), (Words{"10", "100", "101"}));
+    EXPECT_EQ(after("expect no explain station "), Words{"1"});
+    EXPECT_EQ(after("expect explain vlan 100 "), Words{});
+}
+
+TEST_F(SessionComplete, MacsThatCanBeRemoved)
+{
+    EXPECT_EQ(after("rmac del "), Words{});
+    up();
+    run_all({"rmac add 02:00:00:00:0b:01", "vmac add Vlan100 00:00:5e:00:01:08",
+             "vmac add Ethernet0 00:00:5e:00:01:09"});
+    EXPECT_EQ(after("rmac del "), (Words{"02:00:00:00:0a:01", "02:00:00:00:0b:01"}));
+    EXPECT_EQ(after("rmac add "), Words{});
+    EXPECT_EQ(after("rmac del 02:00:00:00:0a:01 "), Words{});
+    EXPECT_EQ(after("vmac del Vlan100 "), Words{"00:00:5e:00:01:08"});
+    EXPECT_EQ(after("vmac del Ethernet4 "), Words{});
+    EXPECT_EQ(after("vmac add Vlan100 "), Words{});
+}
+
+TEST_F(SessionComplete, NothingFollowsWhatIsWhole)
+{
+    up();
+    for (const std::string line :
+         {"pvlan add Vlan100 Vlan101 ", "set Ethernet0 ipv4 on ", "get Ethernet0 vrf ",
+          "add Ethernet0 ", "del Ethernet0 keep ", "disable Ethernet0 ", "ipv6 on ", "save ",
+          "show vlans 100 ", "help show ", "fail bcm_trunk_get always ", "restart cold "}) {
+        EXPECT_EQ(after(line), Words{}) << line;
+    }
+    EXPECT_EQ(after("restart "), (Words{"cold", "fast", "restore"}));
+}
+
+/** What stands first behind each command has to be offered, where it isn't a user's own choice. */
+TEST_F(SessionComplete, EveryCommandIsHelpedAlong)
+{
+    up();
+    for (const std::string &verb : lab::session::verb_names()) {
+        const bool stands_alone = verb == "save" || verb == "quit";
+        EXPECT_EQ(after(verb + " ").empty(), stands_alone) << verb;
+    }
 }
 
 /** Makes an empty file. */

@@ -6,12 +6,17 @@
 #include "session/expect.h"
 #include "session/properties.h"
 #include "session/verbs.h"
+#include "session/words.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <filesystem>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace lab_test
@@ -92,6 +97,48 @@ TEST(SessionPage, TheExampleSetsEachPropertyOfEachInterface)
         for (const std::string &name : lab::session::property_names()) {
             EXPECT_NE(text.find(fmt::format("\nset {} {} ", interface, name)), std::string::npos)
                 << interface << " " << name;
+        }
+    }
+}
+
+/** What an example's line says, without its comment. */
+std::vector<lab::session::Words> commands_of(const std::string &script)
+{
+    std::vector<lab::session::Words> commands;
+    std::istringstream lines(script);
+    for (std::string line; std::getline(lines, line);) {
+        if (lab::session::Words words = lab::session::split(line); !words.empty()) {
+            commands.push_back(std::move(words));
+        }
+    }
+    return commands;
+}
+
+TEST(SessionPage, TheExampleExpectsSomethingOfEachChange)
+{
+    const auto commands = commands_of(bytes_of(EXAMPLES / "changes.rtif"));
+    ASSERT_FALSE(commands.empty());
+    std::size_t changes = 0;
+    for (std::size_t i = 0; i + 1 < commands.size(); ++i) {
+        const std::string &verb = commands[i].front();
+        if (verb == "set" || verb == "get" || verb == "ipv6" || verb == "disable") {
+            ++changes;
+            EXPECT_EQ(commands[i + 1].front(), "expect") << lab::session::as_written(commands[i]);
+        }
+    }
+    EXPECT_GE(changes, 100U);
+    EXPECT_EQ(commands.back().front(), "expect");
+}
+
+TEST(SessionPage, TheExampleSetsEachReversePathModeOfEachInterface)
+{
+    const auto commands = commands_of(bytes_of(EXAMPLES / "changes.rtif"));
+    for (const char *interface : {"Ethernet0", "PortChannel0001", "Vlan100", "Ethernet4.10",
+                                  "PortChannel0001.20", "MuxTunnel0"}) {
+        for (const char *mode : {"strict", "loose", "off"}) {
+            const lab::session::Words wanted = {"set", interface, "urpf", mode};
+            EXPECT_NE(std::ranges::find(commands, wanted), commands.end())
+                << lab::session::as_written(wanted);
         }
     }
 }

@@ -144,6 +144,62 @@ TEST_F(SessionExpect, AMessageHoldsAText)
     EXPECT_EQ(problem("expect message \"\""), "usage: expect message needs one text, in quotes");
 }
 
+TEST_F(SessionExpect, ANumberStandsForSomethingOrForNothing)
+{
+    expect_met({"explain iif 3", "explain vlan 100", "explain station 1", "explain port 1",
+                "explain egress 100000", "no explain iif 12", "no explain vlan 300",
+                "no explain egress 5"});
+    EXPECT_EQ(problem("expect explain iif 12"),
+              "unmet: expected explain iif 12 seen interface number 12 stands for nothing: the "
+              "nearest is 9 (MuxTunnel0)");
+    EXPECT_EQ(problem("expect no explain iif 9").substr(0, 62),
+              "unmet: expected no explain iif 9 seen iif 9: MuxTunnel0, tunne");
+}
+
+TEST_F(SessionExpect, AnExplanationHasATextInALine)
+{
+    expect_met({"explain iif 7 \"iif 7: Ethernet4.10, subinterface, up\"",
+                "explain iif 7 \"translation Ethernet4 VLAN 10\"",
+                "explain iif 7 \"  ingress object   7 VRF default\"",
+                "explain iif 7 \"add Ethernet4.10\"", "explain vlan 100 \"what it is\"",
+                "no explain iif 7 Ethernet0", "no explain iif 12 Ethernet0"});
+    // Titles of columns and the note at the end are no lines of it.
+    expect_met({"no explain iif 7 OBJECT", "no explain vlan 1 \"written before a restart\""});
+    EXPECT_EQ(problem("expect explain station 1 banana"),
+              "unmet: expected explain station 1 banana seen \n"
+              "      station 1: router MAC 02:00:00:00:0a:01\n"
+              "      what it is\n"
+              "      station 1 flags 0x1c mac 02:00:00:00:0a:01/ff:ff:ff:ff:ff:ff vlan 0/0x0 port "
+              "0/0x0 add router MAC 02:00:00:00:0a:01\n"
+              "      what depends on it\n"
+              "      L3 interface 3 Ethernet0 has its MAC add Ethernet0\n"
+              "      L3 interface 4 Ethernet4 has its MAC add Ethernet4\n"
+              "      L3 interface 5 PortChannel0001 has its MAC add Ethernet8 to PortChannel0001\n"
+              "      L3 interface 6 Vlan100 has its MAC add Vlan100\n"
+              "      L3 interface 7 Ethernet4.10 has its MAC add Ethernet4.10\n"
+              "      L3 interface 8 PortChannel0001.20 has its MAC add PortChannel0001.20\n"
+              "      L3 interface 9 MuxTunnel0 has its MAC add MuxTunnel0, tunnel MuxTunnel0");
+    EXPECT_NE(problem("expect no explain iif 7 \"add Ethernet4.10\""), "");
+    // It follows the switch.
+    run_all({"del Ethernet4.10"});
+    expect_met({"no explain iif 7 \"translation Ethernet4 VLAN 10\""});
+}
+
+TEST_F(SessionExpect, AnExplanationNeedsAKindAndANumber)
+{
+    const std::string usage = "usage: expect explain needs a kind and a number, and perhaps a text "
+                              "of one of the lines, in quotes, as in: expect explain iif 3 "
+                              "\"Ethernet0\"";
+    for (const std::string line : {"expect explain", "expect no explain", "expect explain iif",
+                                   "expect explain iif 3 \"\"", "expect explain iif 3 two words"}) {
+        EXPECT_EQ(problem(line), usage) << line;
+    }
+    EXPECT_EQ(problem("expect explain bird 3").substr(0, 6), "usage:");
+    EXPECT_EQ(problem("expect explain iif x").substr(0, 6), "usage:");
+    EXPECT_EQ(problem("expect explian iif 3"),
+              "usage: unknown subject 'explian': did you mean 'explain'?");
+}
+
 TEST_F(SessionExpect, WhatMakesNoSenseIsToldAndWhatToDo)
 {
     EXPECT_EQ(problem("expect no"),
@@ -154,6 +210,10 @@ TEST_F(SessionExpect, WhatMakesNoSenseIsToldAndWhatToDo)
     EXPECT_EQ(problem("expect vlan count"), "usage: put '=' and a number behind count");
     EXPECT_EQ(problem("expect vlan 100 flags 8"),
               "usage: put '=' and a value behind it, as in: expect vlan 100 flags = …");
+    EXPECT_EQ(problem("expect iif Ethernet0 == 3"),
+              "usage: a value is compared by = or !=, not by '=='");
+    EXPECT_EQ(problem("expect vlan 100 flags > 8"),
+              "usage: a value is compared by = or !=, not by '>'");
     EXPECT_EQ(problem("expect vlan 100 flags ="), "usage: a value is missing behind '='");
     EXPECT_EQ(problem("expect vlan 100 flags = 8 9"),
               "usage: one value stands behind '=': put one with blanks in quotes");

@@ -202,6 +202,23 @@ TEST_F(SessionInterfaces, DisableStopsRoutingUntilTheNextSet)
     expect_met({"ingress Ethernet0 flags = 6"});
 }
 
+TEST_F(SessionInterfaces, DisableWithMplsTakesItOffTheVlanForGood)
+{
+    up();
+    run_all({"set Vlan100 mpls on"});
+    expect_met({"vlan 100 flags = 0x400830"});
+    run_all({"disable Vlan100"});
+    expect_met(
+        {"vlan 100 flags = 0x400a30", "ingress Vlan100 flags = 0x5e2", "no message \"failure\""});
+    run_all({"set Vlan100 vrf 1"});
+    expect_met({"vlan 100 flags = 0x400a30", "ingress Vlan100 flags = 6"});
+    // That of a routed port is the VLAN of all of them.
+    run_all({"set Ethernet0 mpls on"});
+    expect_met({"vlan 4094 flags = 0"});
+    run_all({"disable Ethernet0", "set Ethernet0 vrf 1"});
+    expect_met({"vlan 4094 flags = 0xa00", "port Ethernet0 mpls = 1"});
+}
+
 } // namespace
 
 } // namespace lab_test

@@ -118,6 +118,10 @@ TEST_F(SessionProperties, AValueThatAPropertyCantHaveIsRefused)
               "usage: vrf is a number from 0 to 65535, not '65536'");
     EXPECT_EQ(problem("set Ethernet0 ipv4 1"), "usage: ipv4 is on or off, not '1'");
     EXPECT_EQ(problem("set Ethernet0 urpf on"), "usage: urpf is strict, loose or off, not 'on'");
+    EXPECT_EQ(problem("set Ethernet0 urpf strikt"),
+              "usage: urpf is strict, loose or off, not 'strikt': did you mean 'strict'?");
+    EXPECT_EQ(problem("set Ethernet0 ipv4 onn"),
+              "usage: ipv4 is on or off, not 'onn': did you mean 'on'?");
     EXPECT_EQ(problem("set Ethernet0 ipv4-multicats on"),
               "usage: unknown property 'ipv4-multicats': did you mean 'ipv4-multicast'?");
 }

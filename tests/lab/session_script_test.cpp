@@ -27,7 +27,7 @@ using lab::commands::EXIT_USAGE;
 class SessionScript : public ::testing::Test
 {
 protected:
-    int run(const std::string &script, bool quiet = false)
+    int run(const std::string &script, bool quiet = false, const std::string &name = "test.rtif")
     {
         rtifhal_test::reset_library();
         simswitch::Switch hardware;
@@ -37,8 +37,7 @@ protected:
         std::istringstream in(script);
         std::ostringstream out_stream;
         std::ostringstream err_stream;
-        const int code =
-            run_script_on(hardware, options, in, "test.rtif", {out_stream, err_stream});
+        const int code = run_script_on(hardware, options, in, name, {out_stream, err_stream});
         out = out_stream.str();
         err = err_stream.str();
         return code;
@@ -166,6 +165,17 @@ TEST_F(SessionScript, WhatCantBeShownIsToldByItsPlace)
                    "    the line is longer than 4096 bytes\n");
     EXPECT_EQ(run("up \"kinds.json\r\n"), EXIT_USAGE);
     EXPECT_EQ(err, "test.rtif:1: up \"kinds.json\n    a quote is opened and not closed\n");
+}
+
+TEST_F(SessionScript, ItsNameIsNotEchoedRaw)
+{
+    const std::string refused =
+        "up kinds.json\nfail rtifhal_bcm_l3_ingress_create -6\nset Ethernet0 vrf 9\n";
+    EXPECT_EQ(run(refused, true, "\x1b[2Ja.rtif"), EXIT_REFUSED);
+    EXPECT_EQ(err.find('\x1b'), std::string::npos) << err;
+    EXPECT_NE(err.find("a.rtif:3: set Ethernet0 vrf 9\n"), std::string::npos) << err;
+    EXPECT_EQ(run("shwo\n", true, "\x1b[2Ja.rtif"), EXIT_USAGE);
+    EXPECT_EQ(err.find('\x1b'), std::string::npos) << err;
 }
 
 /** What a command prints, both streams together, and its exit code. */

@@ -3,6 +3,7 @@
  * the keys that drop a line and end the session.
  */
 #include "session_run.h"
+#include "up_run.h"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +11,9 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <poll.h>
 #include <pty.h>
 #include <string>
@@ -31,12 +35,14 @@ constexpr auto PATIENCE = std::chrono::seconds(60);
 class TerminalShell
 {
 public:
-    TerminalShell()
+    /** @param home  where it keeps its history */
+    explicit TerminalShell(const std::filesystem::path &home)
     {
         winsize size = {.ws_row = 40, .ws_col = 100, .ws_xpixel = 0, .ws_ypixel = 0};
         process_ = forkpty(&terminal_, nullptr, nullptr, &size);
         if (process_ == 0) {
             setenv("TERM", "vt100", 1);
+            setenv("XDG_STATE_HOME", home.c_str(), 1);
             const bool there = chdir(EXAMPLES.c_str()) == 0;
             execl(RTIFHAL_RTIF, "rtif", "shell", static_cast<char *>(nullptr));
             _exit(there ? 126 : 127);
@@ -124,7 +130,8 @@ private:
 
 TEST(SessionTerminal, CompletesRemembersAndEnds)
 {
-    TerminalShell shell;
+    const Folder home;
+    TerminalShell shell(home.path);
     ASSERT_TRUE(shell.at_prompt()) << shell.printed();
     shell.type("up kin\t\r");
     ASSERT_TRUE(shell.prints("7 of 7 interfaces up")) << shell.printed();
@@ -153,6 +160,44 @@ TEST(SessionTerminal, CompletesRemembersAndEnds)
     ASSERT_TRUE(shell.prints("as expected")) << shell.printed();
     ASSERT_TRUE(shell.at_prompt()) << shell.printed();
     shell.type("\x04");
+    EXPECT_EQ(shell.exit_code(), 0);
+}
+
+TEST(SessionTerminal, RemembersLinesOfEarlierShells)
+{
+    const Folder home;
+    const auto file = home.path / "rtif" / "history";
+    for (const std::string line : {"show ports", "show b\xc3\xa4r \"a  b\""}) {
+        TerminalShell shell(home.path);
+        ASSERT_TRUE(shell.at_prompt()) << shell.printed();
+        shell.type(line + "\r");
+        ASSERT_TRUE(shell.at_prompt()) << shell.printed();
+        shell.type("quit\r");
+        EXPECT_EQ(shell.exit_code(), 0);
+        EXPECT_EQ(std::filesystem::status(file).permissions(),
+                  std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    }
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(file.parent_path()), {}), 1);
+    TerminalShell shell(home.path);
+    ASSERT_TRUE(shell.at_prompt()) << shell.printed();
+    // The last line was quit.
+    shell.type("\x1b[A\x1b[A\r");
+    ASSERT_TRUE(shell.prints("unknown table 'b\xc3\xa4r'")) << shell.printed();
+    ASSERT_TRUE(shell.at_prompt()) << shell.printed();
+    shell.type("\x1b[A\x1b[A\x1b[A\x1b[A\x1b[A\r");
+    ASSERT_TRUE(shell.prints("no ports")) << shell.printed();
+}
+
+TEST(SessionTerminal, AHistoryThatCantBeUsedIsNone)
+{
+    const Folder home;
+    std::ofstream(home.path / "rtif") << "a file where a folder should be";
+    TerminalShell shell(home.path);
+    ASSERT_TRUE(shell.at_prompt()) << shell.printed();
+    shell.type("show packet\r");
+    ASSERT_TRUE(shell.prints("no packet yet")) << shell.printed();
+    ASSERT_TRUE(shell.at_prompt()) << shell.printed();
+    shell.type("quit\r");
     EXPECT_EQ(shell.exit_code(), 0);
 }
 

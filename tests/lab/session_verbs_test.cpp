@@ -86,6 +86,12 @@ TEST_F(SessionVerbs, AFaultNeedsAFunctionAndACode)
               "'rtifhal_bcm_l3_ingress_create'?");
     EXPECT_EQ(problem("fail bcm_trunk_get"),
               "usage: the code is missing that the call fails with, such as -1");
+    EXPECT_EQ(problem("fail of"), "usage: unknown function 'of': did you mean 'off'?");
+    EXPECT_EQ(problem("fail bcm_trunk_gett"),
+              "usage: unknown function 'bcm_trunk_gett': did you mean 'bcm_trunk_get'?");
+    EXPECT_EQ(problem("fail bcm_trunk_get alway -1"),
+              "usage: which call fails is a number from 1, or 'always', not 'alway': did you mean "
+              "'always'?");
     EXPECT_EQ(problem("fail bcm_trunk_get x"), "usage: a code is a number such as -1, not 'x'");
     EXPECT_EQ(problem("fail bcm_trunk_get 99999999999"),
               "usage: a code is a number such as -1, not '99999999999'");
@@ -143,6 +149,12 @@ TEST_F(SessionVerbs, AKeyPicksRows)
     EXPECT_EQ(run("show vlans 300").shown, "no vlans 300\n");
     EXPECT_EQ(problem("show vlans Vlan10"),
               "usage: unknown vlan 'Vlan10': did you mean 'Vlan100'?");
+    run_all({"vmac add Vlan100 00:00:5e:00:01:08", "vmac add Ethernet0 00:00:5e:00:01:09"});
+    EXPECT_EQ(run("show stations Vlan100").shown,
+              "STATION  MAC                VLAN  PORT  FLAGS  OWNER    ROLE\n"
+              "      2  00:00:5e:00:01:08   100  -     0x3c   Vlan100  virtual MAC\n");
+    expect_met({"station Ethernet0 = 3", "station Vlan100 count = 1", "no station MuxTunnel0"});
+    EXPECT_EQ(run("show stations MuxTunnel0").shown, "no stations MuxTunnel0\n");
     // A port that nothing has touched is shown when it is asked for.
     EXPECT_NE(run("show ports 90").shown.find("  90  -"), std::string::npos);
 }

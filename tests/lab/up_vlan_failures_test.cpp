@@ -2,9 +2,17 @@
  * up_vlan_failures_test.cpp: what is told when the chip refuses a VLAN, an SVI,
  * a virtual MAC or a private-VLAN pair, and when one of them doesn't go.
  */
+#include "l3lif/l2_side.h"
 #include "up_run.h"
 
+#include "chip/vlans.h"
+#include "rtifhal_trident.h"
+
+#include <fmt/format.h>
+
+#include <cstdint>
 #include <string_view>
+#include <vector>
 
 namespace
 {
@@ -126,6 +134,22 @@ TEST_F(UpVlanFailures, VlanThatIsInUseStays)
     EXPECT_EQ(left[4], "VLAN 10: its cached controls name ingress object 3");
     EXPECT_EQ(left.back(), "VLAN 10: the forwarding manager's record");
     EXPECT_EQ(run(hardware, R"({"PORT": {}})"), 0);
+}
+
+TEST_F(UpVlanFailures, VlanThatIsInUseIsNoCleanEndWhateverTheOthersDo)
+{
+    lab::l3lif::L2Side l2(hardware);
+    for (const std::uint16_t vlan : std::vector<std::uint16_t>{10, 11, 12}) {
+        l2.set_up({fmt::format("Vlan{}", vlan), vlan, lab::config::VlanRole::none, {}, {}});
+    }
+    rtifhal_set_svi(11);
+    EXPECT_FALSE(l2.take_down());
+    EXPECT_TRUE(l2.find(10)->down.ok());
+    EXPECT_EQ(l2.find(11)->down.code, -1);
+    EXPECT_TRUE(l2.find(12)->down.ok());
+    EXPECT_EQ(l2.find(13), nullptr);
+    EXPECT_NE(hardware.chip.vlans.find(11), nullptr);
+    EXPECT_EQ(hardware.chip.vlans.find(12), nullptr);
 }
 
 TEST_F(UpVlanFailures, VlanThatStaysIsTold)

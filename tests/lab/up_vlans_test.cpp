@@ -4,8 +4,11 @@
  */
 #include "up_run.h"
 
+#include "chip/stgs.h"
 #include "chip/vlans.h"
 #include "rtifhal_trident.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <fstream>
@@ -135,6 +138,41 @@ TEST_P(UpVlans, ValuesAreThoseOfTheChip)
     EXPECT_EQ(rtifhal_vlan_type_count[300].l2_vlan, 1);
 }
 
+TEST_P(UpVlans, VlanWithoutAnSviIsBridgedAndNotRouted)
+{
+    auto &stgs = hardware.chip.stgs;
+    for (const int port : {1, 2}) {
+        stgs.set_state(simswitch::chip::DEFAULT_STG, port, simswitch::chip::STP_DISABLED);
+    }
+    EXPECT_EQ(run(hardware, R"({"PORT": {"Ethernet0": {}, "Ethernet1": {}}, "VLAN": {"Vlan10": {}},
+        "VLAN_MEMBER": {"Vlan10|Ethernet1": {"tagging_mode": "tagged"}}})"),
+              0);
+    const auto *vlan = hardware.chip.vlans.find(10);
+    ASSERT_NE(vlan, nullptr);
+    EXPECT_EQ(vlan->controls.flags, 0x238U); // IPv4, IPv6, IPv4 multicast and MPLS off
+    EXPECT_EQ(vlan->controls.intf_class, 0U);
+    const auto forwarding = stgs.find(vlan->stg)->in_state(simswitch::chip::STP_FORWARDING);
+    EXPECT_TRUE(forwarding.has(2));
+    EXPECT_FALSE(forwarding.has(1)); // in no VLAN of the file
+}
+
+TEST_P(UpVlans, LastPortOfTheChipCanBeAMemberToo)
+{
+    std::string ports;
+    for (int port = 0; port < simswitch::chip::LAST_FRONT_PORT; ++port) {
+        ports += fmt::format("{}\"Ethernet{}\": {{}}", port == 0 ? "" : ", ", port);
+    }
+    const std::string file =
+        "{\"PORT\": {" + ports + R"(}, "VLAN_MEMBER": {"Vlan10|Ethernet103": {}}})";
+    EXPECT_EQ(run_json(hardware, file, {.then_down = true}), 0);
+    EXPECT_EQ(object["teardown"]["left"], json::array());
+    rtifhal_test::reset_library();
+    simswitch::Switch other({.chip = GetParam()});
+    EXPECT_EQ(run(other, file), 0);
+    EXPECT_EQ(other.chip.vlans.find(10)->untagged.text(), "{104}");
+    EXPECT_EQ(other.chip.ports.get(104).untagged_vlan, 10);
+}
+
 TEST_F(UpVlansText, JsonObjects)
 {
     EXPECT_EQ(run_json(hardware, CAMPUS), 0);
@@ -205,6 +243,29 @@ TEST_P(UpVlans, ExampleOfRoutesIsTakenWhole)
     EXPECT_EQ(run_json(hardware, examples[0], {.then_down = true}), 0) << text;
     EXPECT_EQ(object["skipped"], json::array());
     EXPECT_EQ(object["totals"]["up"], 3);
+}
+
+TEST_P(UpVlans, FlatRowsWithoutATableOfVlansComeUpAndGo)
+{
+    EXPECT_EQ(run_json(hardware, R"({
+        "PORT|Ethernet0": {"mtu": "9100"}, "PORT|Ethernet1": {"mtu": "9100"},
+        "VLAN_INTERFACE|Vlan10|10.0.0.1/24": {"NULL": "NULL"},
+        "VLAN_INTERFACE|Vlan10": {"NULL": "NULL"}, "VLAN_INTERFACE|Vlan11|FC00::1/64": {},
+        "VLAN_MEMBER|Vlan10|Ethernet1": {"tagging_mode": "untagged"},
+        "PVLAN|Vlan10|Vlan12": {"NULL": "NULL"}, "SAG|GLOBAL": {"gateway_mac": "00:11:22:AA:BB:CC"},
+        "VRRP|Vlan11|8": {"vip": "FC00::FE"}})",
+                       {.then_down = true}),
+              0)
+        << text;
+    EXPECT_EQ(object["skipped"], json::array());
+    EXPECT_EQ(object["totals"]["up"], 2);
+    EXPECT_EQ(object["totals"]["vlans"], 3);
+    EXPECT_EQ(object["interfaces"][0]["families"], json({"ipv4"}));
+    EXPECT_EQ(object["interfaces"][0]["ports"], json({2}));
+    EXPECT_EQ(object["interfaces"][1]["families"], json({"ipv6"}));
+    EXPECT_EQ(object["virtual_macs"][0]["mac"], "00:00:5e:00:02:08");
+    EXPECT_EQ(object["private_vlan_pairs"][0]["iif"], object["interfaces"][0]["iif"]);
+    EXPECT_EQ(object["teardown"]["left"], json::array());
 }
 
 TEST_P(UpVlans, VlanOneIsLeftAsItWas)

@@ -33,6 +33,18 @@ Lines macs(const Description &config)
     return lines;
 }
 
+/** "00:00:5e:00:01:08 10.0.0.1", …: which addresses each stands for. */
+Lines mac_addresses(const Description &config)
+{
+    Lines lines;
+    for (const auto &mac : config.virtual_macs) {
+        for (const auto &address : mac.addresses) {
+            lines.push_back(lab::config::mac_text(mac.mac) + " " + address.text());
+        }
+    }
+    return lines;
+}
+
 /** "row: reason" of the skipped rows. */
 Lines reasons(const Description &config)
 {
@@ -55,6 +67,16 @@ TEST(Vrrp, MacsOfBothFamilies)
               (Lines{"Vlan10 00:00:5e:00:01:08 VRRP 8", "Vlan10 00:00:5e:00:02:08 VRRP 8",
                      "Vlan10 00:00:5e:00:01:ff VRRP 255", "Vlan20 00:00:5e:00:02:01 VRRP 1",
                      "Vlan20 00:00:5e:00:02:02 VRRP6 2"}));
+}
+
+TEST(Vrrp, AddressesGoToTheMacOfTheirFamilyEachOnce)
+{
+    const auto config = read_groups(
+        R"("VRRP": {"Vlan10|8": {"vip": ["fc00::1/64", "10.0.0.1", "10.0.0.2/24", "10.0.0.1/24"]}})");
+    EXPECT_EQ(messages(config), Lines{});
+    EXPECT_EQ(mac_addresses(config),
+              (Lines{"00:00:5e:00:01:08 10.0.0.1", "00:00:5e:00:01:08 10.0.0.2",
+                     "00:00:5e:00:02:08 fc00::1"}));
 }
 
 TEST(Vrrp, WithoutAddressesTheTableSaysTheFamily)
@@ -136,8 +158,19 @@ TEST(AnycastGateway, MacOnEachInterfaceThatWantsIt)
               (Lines{"Vlan10 00:11:22:33:44:55 SAG", "Vlan30 00:11:22:33:44:55 SAG"}));
 }
 
+TEST(AnycastGateway, StandsForTheInterfacesOwnAddresses)
+{
+    const auto config = read(R"({"VLAN_INTERFACE": {"Vlan10": {"static_anycast_gateway": "true"},
+        "Vlan10|10.0.0.1/24": {}, "Vlan10|fc00::1/64": {}, "Vlan20|10.0.1.1/24": {}},
+        "SAG": {"GLOBAL": {"gateway_mac": "00:11:22:33:44:55"}}})");
+    EXPECT_EQ(mac_addresses(config),
+              (Lines{"00:11:22:33:44:55 10.0.0.1", "00:11:22:33:44:55 fc00::1"}));
+}
+
 TEST(AnycastGateway, BadRows)
 {
+    EXPECT_EQ(reasons(read_groups(R"("SAG": {"GLOBAL": []})")),
+              Lines{"GLOBAL: an object of fields was expected, not a list"});
     EXPECT_EQ(reasons(read_groups(R"("SAG": {"GLOBAL": {}, "Vlan10": {}})")),
               (Lines{"GLOBAL: gateway_mac is missing, the MAC of the anycast gateways was expected",
                      "Vlan10: only the row \"GLOBAL\" gives the MAC of the anycast gateways"}));

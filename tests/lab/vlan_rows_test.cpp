@@ -107,6 +107,17 @@ TEST(Vlans, WithoutATableThoseThatOtherRowsName)
               "leaf.json: there is no VLAN table; its VLANs are the 3 that other rows name");
 }
 
+TEST(Vlans, WithoutATableOnlyThoseThatCanBeUsedAreCounted)
+{
+    const auto config = read(R"({"VLAN_INTERFACE": {"Vlan10": {}, "Vlan4094": {}, "Vlan07": {}}})");
+    EXPECT_EQ(config.notes.back(),
+              "leaf.json: there is no VLAN table; its VLAN is the one that other rows name");
+    EXPECT_EQ(
+        reasons(config, "VLAN_INTERFACE"),
+        (Lines{"Vlan07: Vlan07 is written Vlan7", "Vlan4094: VLAN 4094 is the switch's own"}));
+    EXPECT_EQ(read(R"({"VLAN_INTERFACE": {"Vlan4094": {}}})").notes.size(), 1U); // of the MAC
+}
+
 TEST(Vlans, InterfaceNeedsItsVlan)
 {
     const auto config = read(R"({"VLAN": {"Vlan10": {}, "Vlan11": {"vlanid": "12"}},
@@ -247,4 +258,12 @@ TEST(PvlanPairs, BadKeysAndRows)
                      "Vlan10|Vlan11|Vlan12: \"Vlan11|Vlan12\" is no VLAN name like Vlan100",
                      "Vlan10|Vlan13: its VLAN Vlan13 isn't in VLAN",
                      "Vlan13|Vlan11: its VLAN Vlan13 isn't in VLAN"}));
+}
+
+TEST(PvlanPairs, NameOfAVlanIsLookedAtBeforeItsPartner)
+{
+    EXPECT_EQ(
+        reasons(read_pairs(R"("|": {}, "x|x": {}, "Vlan13|Vlan13": {})"), "PVLAN"),
+        (Lines{"Vlan13|Vlan13: its VLAN Vlan13 isn't in VLAN",
+               "x|x: \"x\" is no VLAN name like Vlan100", "|: \"\" is no VLAN name like Vlan100"}));
 }

@@ -39,7 +39,8 @@ void add_interfaces(const Scene &scene, Facts &facts)
 {
     for (const auto &interface : scene.interfaces) {
         const std::string key = "interface " + interface.name;
-        facts[key + " state"] = interface.state;
+        // The model doesn't follow what the ingress object lets in.
+        facts[key + " state"] = interface.state == "stopped" ? "up" : interface.state;
         facts[key + " iif"] = interface.view.iif == 0 ? "" : fmt::to_string(interface.view.iif);
     }
 }

@@ -75,6 +75,7 @@ void NaiveSwitch::give_number(NaiveInterface &interface)
 void NaiveSwitch::add(NaiveInterface &interface, int &code)
 {
     const bool is_new = interface.standing == Standing::down;
+    interface.refused = false;
     switch (interface.plan.kind) {
     case Kind::port:
         give_number(interface);
@@ -134,6 +135,7 @@ void NaiveSwitch::add_subinterface(NaiveInterface &interface, int &code)
     const auto &members = trunks_[interface.plan.trunk];
     if (members.empty()) {
         code = REFUSED;
+        interface.refused = true;
         return;
     }
     give_number(interface);
@@ -178,6 +180,7 @@ void NaiveSwitch::remove(NaiveInterface &interface, bool keep)
         }
     }
     interface.filed = false;
+    interface.refused = false;
     if (plan.kind == Kind::port_channel && !keep) {
         channel_records_.erase(plan.ifindex);
     }
@@ -377,7 +380,8 @@ bool NaiveSwitch::has_its_vlan(const NaiveInterface &interface) const
 std::string NaiveSwitch::state_of(const NaiveInterface &interface) const
 {
     if (interface.standing != Standing::up) {
-        return interface.standing == Standing::kept ? "kept" : "down";
+        const bool kept = interface.standing == Standing::kept;
+        return kept ? "kept" : interface.refused ? "failed" : "down";
     }
     return has_its_vlan(interface) ? "up" : "failed";
 }

@@ -31,8 +31,9 @@ namespace model_test
 struct NaiveInterface {
     lab::l3lif::LifPlan plan;
     lab::l3lif::Standing standing = lab::l3lif::Standing::down;
-    int number = 0;     ///< its own, kept or in use; 0 for none
-    bool filed = false; ///< a subinterface that its main interface knows of
+    int number = 0;       ///< its own, kept or in use; 0 for none
+    bool filed = false;   ///< a subinterface that its main interface knows of
+    bool refused = false; ///< its last add was, and has left nothing
 };
 
 /** Whose record is stored, under which number. */

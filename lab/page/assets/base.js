@@ -46,7 +46,7 @@ function counted(value, what) {
 }
 
 /** What an interface's state looks like beside its word, for who sees no colours. */
-const STATE_SIGNS = { up: '●', failed: '✕', down: '○' };
+const STATE_SIGNS = { up: '●', stopped: '■', failed: '✕', kept: '◐', down: '○' };
 
 /** A state as a sign and a word. */
 function stateBadge(state) {

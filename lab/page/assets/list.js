@@ -4,7 +4,7 @@ const list = { rows: [], input: null, count: null, body: null };
 
 /** The interfaces, those that aren't up first, else as they were brought up. */
 function sorted() {
-  const rank = { failed: 0, down: 1, up: 2 };
+  const rank = { failed: 0, stopped: 1, kept: 2, down: 3, up: 4 };
   return DATA.interfaces.map((one, index) => ({ one, index }))
     .sort((a, b) => rank[a.one.state] - rank[b.one.state] || a.index - b.index)
     .map((entry) => entry.one);
