@@ -42,6 +42,7 @@ public:
         process_ = forkpty(&terminal_, nullptr, nullptr, &size);
         if (process_ == 0) {
             setenv("TERM", "vt100", 1);
+            setenv("LC_ALL", "C.UTF-8", 1);
             setenv("XDG_STATE_HOME", home.c_str(), 1);
             const bool there = chdir(EXAMPLES.c_str()) == 0;
             execl(RTIFHAL_RTIF, "rtif", "shell", static_cast<char *>(nullptr));
