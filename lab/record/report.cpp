@@ -48,7 +48,7 @@ std::string amount_text(const Recording &recording)
 /** What was run: the configuration, or a script with the one that it brought up. */
 std::string run_text(const Header &header)
 {
-    const std::string config = escaped(header.configuration);
+    std::string config = escaped(header.configuration);
     if (header.script.empty()) {
         return config;
     }
